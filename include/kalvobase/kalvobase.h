@@ -1,0 +1,18 @@
+// The whole interface of KalvoBase.
+
+#ifndef KALVOBASE_KALVOBASE_H_
+#define KALVOBASE_KALVOBASE_H_
+
+// IWYU pragma: begin_exports
+#include "kalvobase/bytes.h"
+#include "kalvobase/exception.h"
+#include "kalvobase/lifecycle.h"
+#include "kalvobase/lock.h"
+#include "kalvobase/process.h"
+#include "kalvobase/queue.h"
+#include "kalvobase/text.h"
+#include "kalvobase/types.h"
+#include "kalvobase/waitable.h"
+// IWYU pragma: end_exports
+
+#endif  // KALVOBASE_KALVOBASE_H_

@@ -1,0 +1,33 @@
+#include "concurrency/mp_mutex.h"
+
+#include <cstdint>
+
+MP_Mutex::~MP_Mutex() {
+  if (mutex_ != nullptr) platform::mutex_close(mutex_);
+}
+
+int MP_Mutex::Init(bool owned, const char* name) {
+  // The new one first: a second Init under the same name must not end the object between
+  // the two.
+  platform::Mutex* mutex = platform::mutex_open(name, owned);
+  if (mutex_ != nullptr) platform::mutex_close(mutex_);
+  mutex_ = mutex;
+  return IsValid();
+}
+
+int MP_Mutex::Lock(int ms) {
+  if (mutex_ == nullptr) return 0;
+  return platform::mutex_wait(mutex_, static_cast<std::uint32_t>(ms)) == platform::kWaitSignalled;
+}
+
+int MP_Mutex::Unlock() { return mutex_ != nullptr && platform::mutex_release(mutex_); }
+
+int MP_Mutex::IsLocked() {
+  if (mutex_ == nullptr) return 0;
+  const std::uint32_t probe = platform::mutex_wait(mutex_, 0);
+  // The probe takes a free mutex; the level goes back, so that asking changes nothing.
+  if (probe == platform::kWaitSignalled || probe == platform::kWaitAbandoned) {
+    platform::mutex_release(mutex_);
+  }
+  return probe == platform::kWaitTimedOut;
+}

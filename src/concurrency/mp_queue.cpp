@@ -1,0 +1,320 @@
+#include "concurrency/mp_queue.h"
+
+#include <new>
+#include <utility>
+
+namespace {
+
+void Unlink(MP_QueueLink* link) {
+  link->previous->next = link->next;
+  link->next->previous = link->previous;
+}
+
+void LinkBefore(MP_QueueLink* link, MP_QueueLink* behind) {
+  link->next = behind;
+  link->previous = behind->previous;
+  behind->previous->next = link;
+  behind->previous = link;
+}
+
+MP_QueueItem* ItemOf(MP_QueueLink* link) { return static_cast<MP_QueueItem*>(link); }
+
+// Sorts `from` by merging runs of doubling width to and fro between the two arrays, and
+// gives the one that holds the result. A tie goes to the right run.
+Kalvo_QueueObject** MergeSort(Kalvo_QueueObject** from, Kalvo_QueueObject** to, std::size_t count,
+                              MP_Queue::Compare compare, void* context) {
+  for (std::size_t width = 1; width < count; width *= 2) {
+    for (std::size_t start = 0; start < count; start += 2 * width) {
+      const std::size_t middle = start + width < count ? start + width : count;
+      const std::size_t end = middle + width < count ? middle + width : count;
+      std::size_t left = start;
+      std::size_t right = middle;
+      for (std::size_t i = start; i < end; ++i) {
+        const bool takeLeft =
+            right == end || (left < middle && compare(from[left], from[right], context) < 0);
+        to[i] = takeLeft ? from[left++] : from[right++];
+      }
+    }
+    std::swap(from, to);
+  }
+  return from;
+}
+
+}  // namespace
+
+void MP_Queue::Lock(MP_Queue* queue) {
+  if (queue->lock_ != nullptr) queue->lock_->MP_Lock::Lock();
+}
+
+void MP_Queue::Unlock(MP_Queue* queue) {
+  if (queue->lock_ != nullptr) queue->lock_->MP_Lock::Unlock();
+}
+
+class MP_Queue::Guard {
+ public:
+  explicit Guard(MP_Queue* queue) : queue_(queue) { Lock(queue_); }
+  Guard(const Guard&) = delete;
+  Guard& operator=(const Guard&) = delete;
+  ~Guard() { Unlock(queue_); }
+
+ private:
+  MP_Queue* queue_;
+};
+
+// Holds the lock of the queue that an object is in, or none. Waiting for the lock, the
+// object may leave the queue or get into another one.
+class MP_Queue::ObjectGuard {
+ public:
+  explicit ObjectGuard(Kalvo_QueueObject* object) : queue_(object->queue_) {
+    while (queue_ != nullptr) {
+      Lock(queue_);
+      MP_Queue* now = object->queue_;
+      if (now == queue_) return;
+      Unlock(queue_);
+      queue_ = now;
+    }
+  }
+  ObjectGuard(const ObjectGuard&) = delete;
+  ObjectGuard& operator=(const ObjectGuard&) = delete;
+  ~ObjectGuard() {
+    if (queue_ != nullptr) Unlock(queue_);
+  }
+
+  MP_Queue* queue() const { return queue_; }
+
+ private:
+  MP_Queue* queue_;
+};
+
+// All objects of a queue, taken out of it while they are sorted. They go back when this
+// ends: in the new order, or in the old one if the comparison threw.
+class MP_Queue::SortedObjects {
+ public:
+  SortedObjects(MP_Queue* queue, Kalvo_QueueObject** objects)
+      : order(objects), queue_(queue), count_(queue->count_) {
+    while (queue->count_ != 0) {
+      MP_QueueItem* item = ItemOf(queue->head_.next);
+      *objects++ = item->object;
+      queue->TakeOut(item);
+      item->next = items_;
+      items_ = item;
+    }
+  }
+  SortedObjects(const SortedObjects&) = delete;
+  SortedObjects& operator=(const SortedObjects&) = delete;
+  ~SortedObjects() {
+    for (std::size_t i = 0; i < count_; ++i) {
+      MP_QueueItem* item = ItemOf(items_);
+      items_ = item->next;
+      MP_Queue::Remove(order[i]);
+      item->object = order[i];
+      queue_->PutIn(item, &queue_->tail_);
+    }
+  }
+
+  Kalvo_QueueObject** order;
+
+ private:
+  MP_Queue* queue_;
+  std::size_t count_;
+  MP_QueueLink* items_ = nullptr;  // the records, chained by `next`
+};
+
+MP_Queue::MP_Queue(bool locked, bool signalling) {
+  head_.next = &tail_;
+  tail_.previous = &head_;
+  Init(locked, signalling);
+}
+
+MP_Queue::~MP_Queue() { RemoveAll(); }
+
+void MP_Queue::Init(bool locked, bool signalling) {
+  if (count_ != 0) return;
+  lock_.reset(locked ? new (std::nothrow) MP_Lock : nullptr);
+  event_.reset(signalling ? new (std::nothrow) MP_Event(true, false) : nullptr);
+}
+
+// The link in front of which position `index` is; the tail for every index outside.
+MP_QueueLink* MP_Queue::Target(std::int32_t index) {
+  const std::uint32_t position = static_cast<std::uint32_t>(index);
+  if (index < 0 || position >= count_) return &tail_;
+  MP_QueueLink* link;
+  if (position > count_ / 2) {
+    link = &tail_;
+    for (std::uint32_t steps = count_ - position; steps > 0; --steps) link = link->previous;
+  } else {
+    link = head_.next;
+    for (std::uint32_t steps = position; steps > 0; --steps) link = link->next;
+  }
+  return link;
+}
+
+// The item at `index`, the last one for every index outside; null if there is none.
+MP_QueueItem* MP_Queue::FindItem(std::int32_t index) {
+  if (count_ == 0) return nullptr;
+  MP_QueueLink* target = Target(index);
+  return ItemOf(target == &tail_ ? tail_.previous : target);
+}
+
+void MP_Queue::PutIn(MP_QueueItem* item, MP_QueueLink* behind) {
+  item->object->item_ = item;
+  item->object->queue_ = this;
+  LinkBefore(item, behind);
+  // With items in it the queue is signalled already.
+  if (++count_ == 1 && event_ != nullptr) event_->MP_Event::Set();
+}
+
+void MP_Queue::TakeOut(MP_QueueItem* item) {
+  Unlink(item);
+  if (--count_ == 0 && event_ != nullptr) event_->MP_Event::Reset();
+  item->object->item_ = nullptr;
+  item->object->queue_ = nullptr;
+}
+
+Kalvo_QueueObject* MP_Queue::TakeOutAndFree(MP_QueueItem* item) {
+  Kalvo_QueueObject* object = item->object;
+  TakeOut(item);
+  delete item;
+  return object;
+}
+
+Kalvo_QueueObject* MP_Queue::InsertItemAt(Kalvo_QueueObject* object, std::int32_t index,
+                                          Kalvo_Queue* owner) {
+  if (object == nullptr) return nullptr;
+  Remove(object);  // before this queue is locked: two locks are never held at once
+  MP_QueueItem* item = new (std::nothrow) MP_QueueItem(object, owner);
+  if (item == nullptr) return nullptr;
+  Guard guard(this);
+  PutIn(item, Target(index));
+  return object;
+}
+
+Kalvo_QueueObject* MP_Queue::PeekItemAt(std::int32_t index, std::int32_t ms) {
+  if (ms > 0 && WaitData(ms) != 0) return nullptr;
+  Guard guard(this);
+  MP_QueueItem* item = FindItem(index);
+  return item != nullptr ? item->object : nullptr;
+}
+
+Kalvo_QueueObject* MP_Queue::RemoveItemAt(std::int32_t index, std::int32_t ms) {
+  if (ms > 0 && WaitData(ms) != 0) return nullptr;
+  Guard guard(this);
+  MP_QueueItem* item = FindItem(index);
+  return item != nullptr ? TakeOutAndFree(item) : nullptr;
+}
+
+std::uint32_t MP_Queue::GetItemCount() {
+  Guard guard(this);
+  return count_;
+}
+
+void MP_Queue::RemoveAll() {
+  Guard guard(this);
+  while (count_ != 0) delete TakeOutAndFree(ItemOf(head_.next));
+  if (event_ != nullptr) event_->MP_Event::Reset();
+}
+
+int MP_Queue::WaitData(std::int32_t ms) {
+  return event_ != nullptr ? event_->MP_Event::Wait(static_cast<std::uint32_t>(ms)) : 0;
+}
+
+void MP_Queue::Signal() {
+  if (event_ != nullptr) event_->MP_Event::Set();
+}
+
+void MP_Queue::Remove(Kalvo_QueueObject* object) {
+  const ObjectGuard guard(object);
+  if (guard.queue() != nullptr) guard.queue()->TakeOutAndFree(object->item_);
+}
+
+// Moving within the queue changes neither count nor event.
+void MP_Queue::MoveBefore(MP_QueueItem* item, MP_QueueLink* behind) {
+  if (item == behind) return;
+  Unlink(item);
+  LinkBefore(item, behind);
+}
+
+void MP_Queue::MoveToHead(Kalvo_QueueObject* object) {
+  const ObjectGuard guard(object);
+  if (guard.queue() != nullptr) MoveBefore(object->item_, guard.queue()->head_.next);
+}
+
+void MP_Queue::MoveToTail(Kalvo_QueueObject* object) {
+  const ObjectGuard guard(object);
+  if (guard.queue() != nullptr) MoveBefore(object->item_, &guard.queue()->tail_);
+}
+
+Kalvo_QueueObject* MP_Queue::Next(Kalvo_QueueObject* object) {
+  const ObjectGuard guard(object);
+  if (guard.queue() == nullptr) return nullptr;
+  MP_QueueLink* link = object->item_->next;
+  return link != &guard.queue()->tail_ ? ItemOf(link)->object : nullptr;
+}
+
+Kalvo_QueueObject* MP_Queue::Previous(Kalvo_QueueObject* object) {
+  const ObjectGuard guard(object);
+  if (guard.queue() == nullptr) return nullptr;
+  MP_QueueLink* link = object->item_->previous;
+  return link != &guard.queue()->head_ ? ItemOf(link)->object : nullptr;
+}
+
+Kalvo_QueueObject* MP_Queue::AddBefore(Kalvo_QueueObject* place, Kalvo_QueueObject* object) {
+  return AddBeside(place, object, false);
+}
+
+Kalvo_QueueObject* MP_Queue::AddAfter(Kalvo_QueueObject* place, Kalvo_QueueObject* object) {
+  return AddBeside(place, object, true);
+}
+
+Kalvo_QueueObject* MP_Queue::AddBeside(Kalvo_QueueObject* place, Kalvo_QueueObject* object,
+                                       bool after) {
+  if (object == nullptr || object == place || place->queue_ == nullptr) return nullptr;
+  Remove(object);  // before the queue is locked: two locks are never held at once
+  MP_QueueItem* item = new (std::nothrow) MP_QueueItem(object, nullptr);
+  if (item == nullptr) return nullptr;
+  const ObjectGuard guard(place);
+  if (guard.queue() == nullptr) {  // another thread took `place` out in between
+    delete item;
+    return nullptr;
+  }
+  item->owner = place->item_->owner;
+  guard.queue()->PutIn(item, after ? place->item_->next : place->item_);
+  return object;
+}
+
+Kalvo_Queue* MP_Queue::GetOwner(Kalvo_QueueObject* object) {
+  const ObjectGuard guard(object);
+  return guard.queue() != nullptr ? object->item_->owner : nullptr;
+}
+
+void MP_Queue::QSort(Compare compare, void* context) {
+  Guard guard(this);
+  const std::uint32_t count = count_;
+  if (count < 2) return;
+  MP_QueueItem* first = ItemOf(head_.next);
+  MP_QueueItem* last = ItemOf(tail_.previous);
+  const int forward = compare(first->object, last->object, context);
+  if (count_ != count) return;  // the lock is recursive: the comparison edited the queue
+  if (count == 2) {
+    if (forward > 0) SwapObjects(first, last);
+    return;
+  }
+  if (forward != 0) {
+    // A comparison that contradicts itself here would sort by nothing.
+    const int backward = compare(last->object, first->object, context);
+    if (static_cast<unsigned int>(backward) != 0u - static_cast<unsigned int>(forward)) return;
+    if (count_ != count) return;
+  }
+  const std::unique_ptr<Kalvo_QueueObject*[]> objects(
+      new (std::nothrow) Kalvo_QueueObject*[2 * std::size_t{count}]);
+  if (objects == nullptr) return;
+
+  SortedObjects sorted(this, objects.get());
+  sorted.order = MergeSort(objects.get(), objects.get() + count, count, compare, context);
+}
+
+void MP_Queue::SwapObjects(MP_QueueItem* a, MP_QueueItem* b) {
+  std::swap(a->object, b->object);
+  a->object->item_ = a;
+  b->object->item_ = b;
+}

@@ -1,0 +1,87 @@
+// The list behind Kalvo_Queue, and the record that ties one object to it.
+
+#ifndef KALVOBASE_SRC_CONCURRENCY_MP_QUEUE_H_
+#define KALVOBASE_SRC_CONCURRENCY_MP_QUEUE_H_
+
+#include <cstdint>
+#include <memory>
+
+#include "concurrency/mp_event.h"
+#include "concurrency/mp_lock.h"
+#include "kalvobase/queue.h"
+
+// A place in the list. The two ends are links without a record.
+struct MP_QueueLink {
+  MP_QueueLink* next = nullptr;      // null in the tail
+  MP_QueueLink* previous = nullptr;  // null in the head
+};
+
+// Exists from the moment that its object is put in a queue until it leaves it.
+class MP_QueueItem : public MP_QueueLink {
+ public:
+  MP_QueueItem(Kalvo_QueueObject* itemObject, Kalvo_Queue* itemOwner)
+      : object(itemObject), owner(itemOwner) {}
+
+  Kalvo_QueueObject* object;
+  Kalvo_Queue* owner;  // the handle through which the object came
+};
+
+// Every operation takes the queue's lock itself, if it has one. The static ones act on an
+// object in whatever queue it is.
+class MP_Queue {
+ public:
+  using Compare = int (*)(Kalvo_QueueObject*, Kalvo_QueueObject*, void*);
+
+  MP_Queue(bool locked, bool signalling);
+  MP_Queue(const MP_Queue&) = delete;
+  MP_Queue& operator=(const MP_Queue&) = delete;
+  ~MP_Queue();
+
+  void Init(bool locked, bool signalling);
+  Kalvo_QueueObject* InsertItemAt(Kalvo_QueueObject* object, std::int32_t index,
+                                  Kalvo_Queue* owner);
+  Kalvo_QueueObject* PeekItemAt(std::int32_t index, std::int32_t ms);
+  Kalvo_QueueObject* RemoveItemAt(std::int32_t index, std::int32_t ms);
+  std::uint32_t GetItemCount();
+  void RemoveAll();
+  int WaitData(std::int32_t ms);
+  void Signal();
+  void QSort(Compare compare, void* context);
+
+  static void Remove(Kalvo_QueueObject* object);
+  static void MoveToHead(Kalvo_QueueObject* object);
+  static void MoveToTail(Kalvo_QueueObject* object);
+  static Kalvo_QueueObject* Next(Kalvo_QueueObject* object);
+  static Kalvo_QueueObject* Previous(Kalvo_QueueObject* object);
+  static Kalvo_QueueObject* AddBefore(Kalvo_QueueObject* place, Kalvo_QueueObject* object);
+  static Kalvo_QueueObject* AddAfter(Kalvo_QueueObject* place, Kalvo_QueueObject* object);
+  static Kalvo_Queue* GetOwner(Kalvo_QueueObject* object);
+
+ private:
+  class Guard;
+  class ObjectGuard;
+  class SortedObjects;
+
+  static void Lock(MP_Queue* queue);
+  static void Unlock(MP_Queue* queue);
+  static Kalvo_QueueObject* AddBeside(Kalvo_QueueObject* place, Kalvo_QueueObject* object,
+                                      bool after);
+  static void MoveBefore(MP_QueueItem* item, MP_QueueLink* behind);
+  static void SwapObjects(MP_QueueItem* a, MP_QueueItem* b);
+
+  // These expect the lock to be held.
+  MP_QueueLink* Target(std::int32_t index);
+  MP_QueueItem* FindItem(std::int32_t index);
+  void PutIn(MP_QueueItem* item, MP_QueueLink* behind);
+  void TakeOut(MP_QueueItem* item);
+  Kalvo_QueueObject* TakeOutAndFree(MP_QueueItem* item);
+
+  MP_QueueLink head_;
+  MP_QueueLink tail_;
+  std::uint32_t count_ = 0;
+  // Null where the queue was made without: a test costs less than a call that does nothing.
+  std::unique_ptr<MP_Lock> lock_;
+  std::unique_ptr<MP_Event> event_;  // signalled while count_ is not 0, and by Signal
+};
+
+#endif  // KALVOBASE_SRC_CONCURRENCY_MP_QUEUE_H_

@@ -1,0 +1,143 @@
+#include "files/mp_stream_core.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+
+#include "platform/byte_order.h"
+
+namespace {
+
+constexpr std::int32_t kGrowthStep = 256;
+constexpr std::int32_t kMaxCapacity = INT_MAX - 1;  // leaves the terminator its byte
+
+}  // namespace
+
+MP_StreamCore::MP_StreamCore(char* firstBlock, int firstBlockSize, int capacity, bool lineFlag)
+    : block_(firstBlock),
+      end_(firstBlock),
+      firstBlock_(firstBlock),
+      blockSize_(firstBlockSize),
+      capacity_(capacity),
+      lineFlag_(lineFlag) {
+  *block_ = '\0';
+  UpdateLimit();
+}
+
+MP_StreamCore::~MP_StreamCore() {
+  if (block_ != firstBlock_) std::free(block_);
+}
+
+int MP_StreamCore::LineHook() { return -1; }
+
+int MP_StreamCore::DrainBuffer() { return Reserve(capacity_); }
+
+void MP_StreamCore::UpdateLimit() { limit_ = block_ + std::min(blockSize_ - 1, capacity_); }
+
+bool MP_StreamCore::EnsureBlock(std::int64_t content) {
+  if (content < blockSize_) return true;
+  if (content > kMaxCapacity) return false;
+  const std::int64_t doubled = std::min(std::int64_t{blockSize_} * 2, std::int64_t{INT_MAX});
+  const std::size_t wanted[] = {static_cast<std::size_t>(std::max(content + 1, doubled)),
+                                static_cast<std::size_t>(content + 1)};
+  const std::size_t length = static_cast<std::size_t>(Length());
+  for (const std::size_t size : wanted) {
+    const bool keep = block_ == firstBlock_ || block_ == pinned_;
+    char* block = static_cast<char*>(keep ? std::malloc(size) : std::realloc(block_, size));
+    if (block == nullptr) continue;  // without the reserve it may fit
+    if (keep) std::memcpy(block, block_, length);
+    block_ = block;
+    end_ = block + length;
+    blockSize_ = static_cast<std::int32_t>(size);
+    UpdateLimit();
+    return true;
+  }
+  return false;
+}
+
+bool MP_StreamCore::GrowCapacity(std::int64_t bytes) {
+  const std::int64_t possible = kMaxCapacity - capacity_;
+  if (bytes > possible) return false;
+  const std::int64_t step = std::min(std::max<std::int64_t>(bytes, kGrowthStep), possible);
+  capacity_ += static_cast<std::int32_t>(step);
+  UpdateLimit();
+  return true;
+}
+
+int MP_StreamCore::Reserve(int n) {
+  if (n < 1) return -1;
+  const std::int64_t content = std::int64_t{Length()} + n;
+  if (!EnsureBlock(content)) return -1;
+  if (content > capacity_ && !GrowCapacity(content - capacity_)) return -1;
+  return BufferedBytes();
+}
+
+int MP_StreamCore::MakeRoom() {
+  while (BufferedBytes() < 1) {
+    const int drained = DrainBuffer();
+    if (drained < 1) return drained;
+  }
+  return EnsureBlock(std::int64_t{Length()} + 1) ? 1 : -1;
+}
+
+int MP_StreamCore::PutCount(int c) {
+  const int result = PutByte(c);
+  return result < 0 ? result : 1;
+}
+
+std::ptrdiff_t MP_StreamCore::OffsetOf(const char* p) const {
+  const std::less<const char*> before;
+  return before(p, block_) || before(end_, p) ? -1 : p - block_;
+}
+
+int MP_StreamCore::WriteBlock(const char* p, int n) {
+  if (p == nullptr) return 0;
+  if (n < 0) n = static_cast<int>(std::min<std::size_t>(std::strlen(p), INT_MAX));
+  for (int left = n; left > 0;) {
+    if (end_ == limit_) {
+      const std::ptrdiff_t offset = OffsetOf(p);
+      const int room = MakeRoom();
+      if (room < 1) {
+        lastByte_ = 0;
+        return room;
+      }
+      if (offset >= 0) p = block_ + offset;
+    }
+    const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(left, limit_ - end_));
+    std::memmove(end_, p, static_cast<std::size_t>(chunk));
+    end_ += chunk;
+    p += chunk;
+    left -= chunk;
+    lastByte_ = end_[-1];
+  }
+  return n;
+}
+
+int MP_StreamCore::WriteOrdered(const void* number, int n) {
+  const char* bytes = static_cast<const char*>(number);
+  const bool backwards = (orderFlag_ != 0) == platform::kLeastSignificantFirst;
+  for (int i = 0; i < n; ++i) {
+    if (PutByte(bytes[backwards ? n - 1 - i : i]) < 0) return -1;
+  }
+  return n;
+}
+
+void MP_StreamCore::Advance(int n) {
+  if (n < 1) n = static_cast<int>(std::strlen(end_));
+  if (n < 1) return;
+  end_ += n;
+  lastByte_ = end_[-1];
+}
+
+MP_StreamCore::PinnedBlock::PinnedBlock(MP_StreamCore* core)
+    : core_(core), outerPin_(core->pinned_) {
+  core->pinned_ = core->block_;
+}
+
+MP_StreamCore::PinnedBlock::~PinnedBlock() {
+  char* kept = core_->pinned_;
+  core_->pinned_ = outerPin_;
+  if (kept != core_->block_ && kept != core_->firstBlock_ && kept != outerPin_) std::free(kept);
+}

@@ -1,0 +1,21 @@
+// The steady clock in milliseconds, and sleeping by it.
+
+#ifndef KALVOBASE_SRC_PLATFORM_CLOCK_H_
+#define KALVOBASE_SRC_PLATFORM_CLOCK_H_
+
+#include <cstdint>
+
+namespace platform {
+
+// Milliseconds of a clock that never jumps, wrapping at 32 bits.
+std::uint32_t tick_count();
+
+// Adds `shift` to what tick_count gives, so that a test can stand just before the wrap.
+void shift_tick_count_for_test(std::uint32_t shift);
+
+// Sleeps the whole time, whatever signals arrive.
+void sleep_ms(std::uint32_t ms);
+
+}  // namespace platform
+
+#endif  // KALVOBASE_SRC_PLATFORM_CLOCK_H_

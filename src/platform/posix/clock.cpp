@@ -1,0 +1,33 @@
+#include "platform/clock.h"
+
+#include <errno.h>
+#include <time.h>
+
+#include <atomic>
+
+#include "platform/posix/deadline.h"
+
+namespace platform {
+namespace {
+
+std::atomic<std::uint32_t> tick_shift{0};
+
+}  // namespace
+
+std::uint32_t tick_count() {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  const std::uint64_t ms = static_cast<std::uint64_t>(now.tv_sec) * 1000 +
+                           static_cast<std::uint64_t>(now.tv_nsec) / 1000000;
+  return static_cast<std::uint32_t>(ms) + tick_shift.load(std::memory_order_relaxed);
+}
+
+void shift_tick_count_for_test(std::uint32_t shift) { tick_shift = shift; }
+
+void sleep_ms(std::uint32_t ms) {
+  const timespec until = deadline_after(ms);
+  while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
+  }
+}
+
+}  // namespace platform

@@ -1,0 +1,28 @@
+// A point in time at which a wait gives up.
+
+#ifndef KALVOBASE_SRC_PLATFORM_POSIX_DEADLINE_H_
+#define KALVOBASE_SRC_PLATFORM_POSIX_DEADLINE_H_
+
+#include <time.h>
+
+#include <cstdint>
+
+namespace platform {
+
+// Now plus `ms` on CLOCK_MONOTONIC. Waits use the absolute form, so that one that a
+// signal interrupts goes on with the time that is left.
+inline timespec deadline_after(std::uint32_t ms) {
+  timespec at;
+  clock_gettime(CLOCK_MONOTONIC, &at);
+  at.tv_sec += static_cast<time_t>(ms / 1000);
+  at.tv_nsec += static_cast<long>(ms % 1000) * 1000000L;
+  if (at.tv_nsec >= 1000000000L) {
+    at.tv_nsec -= 1000000000L;
+    at.tv_sec += 1;
+  }
+  return at;
+}
+
+}  // namespace platform
+
+#endif  // KALVOBASE_SRC_PLATFORM_POSIX_DEADLINE_H_

@@ -1,0 +1,166 @@
+#include "platform/mutex.h"
+
+#include <errno.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <mutex>
+#include <new>
+
+#include "platform/posix/deadline.h"
+#include "platform/posix/named_object.h"
+
+// The thread sanitizer knows every lock call but the one with a clock of its own choice.
+// These are its announcements; they are there only in a process that runs under it.
+extern "C" {
+__attribute__((weak)) void __tsan_mutex_pre_lock(void* address, unsigned flags);
+__attribute__((weak)) void __tsan_mutex_post_lock(void* address, unsigned flags, int recursion);
+}
+
+namespace platform {
+namespace {
+
+struct SharedMutex {
+  pthread_mutex_t mutex;
+  // The process that took the mutex last. Only looked at while somebody holds it.
+  std::atomic<pid_t> lastProcess;
+};
+
+// The kernel keeps a list of the robust mutexes that a thread holds, linked through the
+// mutexes themselves. So the memory of one must stay while a thread of this process holds
+// it, also when the host has given it back: such a mutex is parked until it is free.
+std::mutex parked_lock;
+Mutex* parked_head = nullptr;
+
+}  // namespace
+
+struct Mutex {
+  NamedObject* named;  // null for a mutex of this process
+  SharedMutex local;
+  Mutex* nextParked;
+
+  SharedMutex* shared() {
+    return named != nullptr ? static_cast<SharedMutex*>(named_memory(named)) : &local;
+  }
+};
+
+namespace {
+
+bool Initialise(SharedMutex* shared, bool named, bool owned) {
+  pthread_mutexattr_t attributes;
+  pthread_mutexattr_init(&attributes);
+  pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+  pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+  if (named) pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
+  const bool made = pthread_mutex_init(&shared->mutex, &attributes) == 0;
+  pthread_mutexattr_destroy(&attributes);
+  if (!made) return false;
+  shared->lastProcess = getpid();
+  if (owned) pthread_mutex_lock(&shared->mutex);
+  return true;
+}
+
+bool InitialiseNamed(void* memory, const void* owned) {
+  return Initialise(new (memory) SharedMutex, true, *static_cast<const bool*>(owned));
+}
+
+int LockBefore(pthread_mutex_t* mutex, const timespec& deadline) {
+  const int result = pthread_mutex_clocklock(mutex, CLOCK_MONOTONIC, &deadline);
+  if ((result == 0 || result == EOWNERDEAD) && __tsan_mutex_pre_lock != nullptr) {
+    constexpr unsigned kTryLockOfRecursive = (1u << 1) | (1u << 4);
+    __tsan_mutex_pre_lock(mutex, kTryLockOfRecursive);
+    __tsan_mutex_post_lock(mutex, kTryLockOfRecursive, 1);
+  }
+  return result;
+}
+
+// Frees `mutex` unless another thread of this process holds it.
+bool TryDestroy(Mutex* mutex) {
+  SharedMutex* shared = mutex->shared();
+  const std::uint32_t probe = mutex_wait(mutex, 0);
+  if (probe == kWaitTimedOut) {
+    if (mutex->named == nullptr || shared->lastProcess == getpid()) return false;
+  } else {
+    while (mutex_release(mutex)) {
+    }
+  }
+  if (mutex->named != nullptr) {
+    named_close(mutex->named);
+  } else {
+    pthread_mutex_destroy(&shared->mutex);
+  }
+  delete mutex;
+  return true;
+}
+
+void DestroyParked() {
+  std::lock_guard<std::mutex> guard(parked_lock);
+  for (Mutex** link = &parked_head; *link != nullptr;) {
+    Mutex* mutex = *link;
+    Mutex* next = mutex->nextParked;
+    if (TryDestroy(mutex)) {
+      *link = next;
+    } else {
+      link = &mutex->nextParked;
+    }
+  }
+}
+
+}  // namespace
+
+Mutex* mutex_open(const char* name, bool owned) {
+  DestroyParked();
+  Mutex* mutex = new (std::nothrow) Mutex{};
+  if (mutex == nullptr) return nullptr;
+  bool made;
+  if (name != nullptr && *name != '\0') {
+    mutex->named =
+        named_open(name, NamedKind::kMutex, sizeof(SharedMutex), InitialiseNamed, &owned);
+    made = mutex->named != nullptr;
+  } else {
+    made = Initialise(&mutex->local, false, owned);
+  }
+  if (made) return mutex;
+  delete mutex;
+  return nullptr;
+}
+
+void mutex_close(Mutex* mutex) {
+  if (mutex->named != nullptr && named_users(mutex->named) > 1) {
+    named_close(mutex->named);
+    delete mutex;
+    return;
+  }
+  if (TryDestroy(mutex)) return;
+  std::lock_guard<std::mutex> guard(parked_lock);
+  mutex->nextParked = parked_head;
+  parked_head = mutex;
+}
+
+std::uint32_t mutex_wait(Mutex* mutex, std::uint32_t ms) {
+  SharedMutex* shared = mutex->shared();
+  int result = pthread_mutex_trylock(&shared->mutex);
+  if (result == EBUSY && ms != 0) {
+    result = ms == kNoLimit ? pthread_mutex_lock(&shared->mutex)
+                            : LockBefore(&shared->mutex, deadline_after(ms));
+  }
+  switch (result) {
+    case 0:
+      break;
+    case EOWNERDEAD:
+      pthread_mutex_consistent(&shared->mutex);
+      break;
+    case EBUSY:
+    case ETIMEDOUT:
+      return kWaitTimedOut;
+    default:
+      return kWaitFailed;
+  }
+  if (mutex->named != nullptr) shared->lastProcess = getpid();
+  return result == 0 ? kWaitSignalled : kWaitAbandoned;
+}
+
+bool mutex_release(Mutex* mutex) { return pthread_mutex_unlock(&mutex->shared()->mutex) == 0; }
+
+}  // namespace platform

@@ -1,0 +1,396 @@
+#include "text/format_engine.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cfenv>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "platform/locale.h"
+#include "text/number_text.h"
+#include "text/text_bytes.h"
+
+namespace text {
+namespace {
+
+// One conversion as it stands in a format.
+struct Conversion {
+  bool left = false;
+  bool plus = false;
+  bool zero = false;
+  bool exact = false;         // the width cuts, too
+  std::int64_t width = 0;     // the field is at least this wide
+  bool hasPrecision = false;  // a '.' stands, so a missing number means 0
+  int precision = 0;
+  bool isLong = false;
+  bool is64 = false;
+  char kind = '\0';  // '\0': the format ended inside the conversion
+};
+
+// Beyond this no field can be stored; well below it sums of sizes do not overflow.
+constexpr std::int64_t kMaxField = INT_MAX - 64;
+
+constexpr int kPlainSlack = 16;
+constexpr int kLongSlack = 32;
+constexpr int kFloatSlack = 42;
+
+class Engine {
+ public:
+  Engine(MP_StreamCore* core, va_list args) : core_(core), pin_(core), errno_(errno) {
+    va_copy(args_, args);
+  }
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+  ~Engine() { va_end(args_); }
+
+  int Run(const char* format);
+
+ private:
+  const char* PutLiteral(const char* format);
+  const char* Parse(const char* format, Conversion* conversion);
+  const char* ParseNumber(const char* format, int* number);
+  void Convert(const Conversion& conversion);
+
+  std::uint64_t Unsigned(const Conversion& conversion);
+  void PutSigned(const Conversion& conversion);
+  void PutUnsigned(const Conversion& conversion);
+  void PutChar(const Conversion& conversion);
+  void PutText(const Conversion& conversion);
+  void PutFixed(const Conversion& conversion);
+  template <class T>
+  void PutByLibrary(const Conversion& conversion, T value);
+
+  void PutInteger(const Conversion& conversion, char sign, const char* digits, int count);
+  void PutField(const Conversion& conversion, char sign, std::int64_t zeros, const char* body,
+                int bodyLength, int slack);
+  void PutBlock(const char* bytes, int n);
+  bool Reserve(std::int64_t n);
+  void Advance(std::int64_t n);
+  void Terminate();
+
+  MP_StreamCore* core_;
+  MP_StreamCore::PinnedBlock pin_;
+  const int errno_;  // what %m tells, whatever our own calls do to errno
+  va_list args_;
+  std::int64_t total_ = 0;
+  bool failed_ = false;
+};
+
+int Engine::Run(const char* format) {
+  core_->ClearLastByte();
+  while (*format != '\0' && !failed_) {
+    if (*format != '%') {
+      format = PutLiteral(format);
+      continue;
+    }
+    if (format[1] == '%') {
+      PutBlock("%", 1);
+      format += 2;
+      continue;
+    }
+    Conversion conversion;
+    format = Parse(format + 1, &conversion);
+    if (conversion.kind == '\0') break;
+    Convert(conversion);
+  }
+  return failed_ ? -1 : static_cast<int>(std::min<std::int64_t>(total_, INT_MAX));
+}
+
+// Puts what stands before the next conversion or line feed, or that line feed.
+const char* Engine::PutLiteral(const char* format) {
+  if (*format == '\n') {
+    failed_ = core_->PutByte('\n') < 0;
+    ++total_;
+    return format + 1;
+  }
+  const char* end = format;
+  while (*end != '\0' && *end != '%' && *end != '\n' && end - format < INT_MAX) ++end;
+  PutBlock(format, static_cast<int>(end - format));
+  return end;
+}
+
+const char* Engine::ParseNumber(const char* format, int* number) {
+  if (*format == '*') {
+    *number = va_arg(args_, int);
+    return format + 1;
+  }
+  std::int64_t value = 0;
+  for (; *format >= '0' && *format <= '9'; ++format) {
+    value = std::min<std::int64_t>(value * 10 + (*format - '0'), INT_MAX);
+  }
+  *number = static_cast<int>(value);
+  return format;
+}
+
+const char* Engine::Parse(const char* format, Conversion* conversion) {
+  const auto flag = [&format](char c) {
+    const bool stands = *format == c;
+    if (stands) ++format;
+    return stands;
+  };
+  conversion->left = flag('-');
+  conversion->plus = flag('+');
+  conversion->zero = flag('0');
+
+  int width = 0;
+  format = ParseNumber(format, &width);
+  conversion->width = width;
+  conversion->exact = width > 0;
+  if (width < 0) {
+    conversion->left = true;
+    conversion->width = -conversion->width;
+  }
+
+  if (flag('.')) {
+    format = ParseNumber(format, &conversion->precision);
+    conversion->hasPrecision = conversion->precision >= 0;
+    conversion->precision = std::max(conversion->precision, 0);
+  }
+
+  if (std::strncmp(format, "I64", 3) == 0) {
+    conversion->is64 = true;
+    format += 3;
+  } else if (flag('l')) {
+    conversion->is64 = flag('l');
+    conversion->isLong = !conversion->is64;
+  }
+
+  conversion->kind = *format;
+  return *format == '\0' ? format : format + 1;
+}
+
+void Engine::Convert(const Conversion& conversion) {
+  switch (conversion.kind) {
+    case 'd':
+      PutSigned(conversion);
+      break;
+    case 'u':
+    case 'o':
+    case 'x':
+    case 'X':
+      PutUnsigned(conversion);
+      break;
+    case 'c':
+      PutChar(conversion);
+      break;
+    case 's':
+      PutText(conversion);
+      break;
+    case 'f':
+      PutFixed(conversion);
+      break;
+    case 'e':
+    case 'g':
+      PutByLibrary(conversion, va_arg(args_, double));
+      break;
+    case 'p':
+      PutByLibrary(conversion, va_arg(args_, void*));
+      break;
+    case 'm': {
+      const char* message = std::strerror(errno_);
+      PutBlock(message, Length(message));
+      break;
+    }
+    default:  // no conversion: it prints nothing and takes no argument
+      break;
+  }
+}
+
+// A long keeps its low 32 bits, so that formats mean the same wherever long is wider.
+std::uint64_t Engine::Unsigned(const Conversion& conversion) {
+  if (conversion.is64) return va_arg(args_, unsigned long long);
+  if (conversion.isLong) return static_cast<std::uint32_t>(va_arg(args_, unsigned long));
+  return va_arg(args_, unsigned int);
+}
+
+void Engine::PutSigned(const Conversion& conversion) {
+  std::uint64_t value = Unsigned(conversion);
+  if (!conversion.is64) {
+    value =
+        static_cast<std::uint64_t>(static_cast<std::int32_t>(static_cast<std::uint32_t>(value)));
+  }
+  const bool negative = (value >> 63) != 0;
+  char digits[kMaxIntegerDigits];
+  char* const end = digits + kMaxIntegerDigits;
+  const char* start = DecimalDigits(negative ? 0 - value : value, end);
+  const char sign = negative ? '-' : conversion.plus ? '+' : '\0';
+  PutInteger(conversion, sign, start, static_cast<int>(end - start));
+}
+
+void Engine::PutUnsigned(const Conversion& conversion) {
+  const std::uint64_t value = Unsigned(conversion);
+  char digits[kMaxIntegerDigits];
+  char* const end = digits + kMaxIntegerDigits;
+  const char* start;
+  switch (conversion.kind) {
+    case 'u':
+      start = DecimalDigits(value, end);
+      break;
+    case 'o':
+      start = BitDigits(value, 3, "01234567", end);
+      break;
+    case 'x':
+      start = BitDigits(value, 4, "0123456789abcdef", end);
+      break;
+    default:
+      start = BitDigits(value, 4, "0123456789ABCDEF", end);
+      break;
+  }
+  PutInteger(conversion, '\0', start, static_cast<int>(end - start));
+}
+
+void Engine::PutInteger(const Conversion& conversion, char sign, const char* digits, int count) {
+  Conversion field = conversion;
+  std::int64_t zeros = 0;
+  if (conversion.hasPrecision) {
+    field.zero = false;
+    if (conversion.precision == 0 && count == 1 && *digits == '0') count = 0;
+    zeros = std::max(0, conversion.precision - count);
+  }
+  PutField(field, sign, zeros, digits, count, conversion.is64 ? kLongSlack : kPlainSlack);
+}
+
+void Engine::PutChar(const Conversion& conversion) {
+  const char c = static_cast<char>(va_arg(args_, int));
+  // A zero byte counts inside an exact field only; otherwise the output ends at it.
+  if (c == '\0' && !conversion.exact) {
+    Conversion blanks = conversion;
+    blanks.width = conversion.left ? 0 : conversion.width;
+    PutField(blanks, '\0', 0, "", 0, kPlainSlack);
+    return;
+  }
+  Conversion field = conversion;
+  field.zero = false;
+  PutField(field, '\0', 0, &c, 1, conversion.is64 ? kLongSlack : kPlainSlack);
+}
+
+void Engine::PutText(const Conversion& conversion) {
+  const char* text = va_arg(args_, const char*);
+  if (text == nullptr) return;
+  if (conversion.precision > 0) {
+    Conversion field = conversion;
+    field.zero = false;
+    PutField(field, '\0', 0, text, LengthWithin(text, conversion.precision), kPlainSlack);
+    return;
+  }
+  const int length = Length(text);
+  if (conversion.width == 0) {
+    PutBlock(text, length);
+  } else if (conversion.exact && conversion.width <= length) {
+    PutBlock(text, static_cast<int>(conversion.width));
+  } else {
+    Conversion field = conversion;
+    field.zero = false;
+    PutField(field, '\0', 0, text, length, kPlainSlack);
+  }
+}
+
+void Engine::PutFixed(const Conversion& conversion) {
+  const double value = va_arg(args_, double);
+  char digits[kMaxFixedDigits];
+  const bool plain =
+      std::fegetround() == FE_TONEAREST && std::strcmp(platform::decimal_point(), ".") == 0;
+  const int precision = conversion.hasPrecision ? conversion.precision : 6;
+  const int count = plain ? FixedDigits(std::fabs(value), precision, digits) : 0;
+  if (count == 0) {
+    PutByLibrary(conversion, value);
+    return;
+  }
+  const char sign = std::signbit(value) ? '-' : conversion.plus ? '+' : '\0';
+  PutField(conversion, sign, 0, digits, count, kFloatSlack);
+}
+
+// Leaves a conversion to the runtime library, with its width cut to exactness afterwards.
+template <class T>
+void Engine::PutByLibrary(const Conversion& conversion, T value) {
+  char format[16];
+  char* end = format;
+  *end++ = '%';
+  if (conversion.left) *end++ = '-';
+  if (conversion.plus) *end++ = '+';
+  if (conversion.zero) *end++ = '0';
+  std::memcpy(end, "*.*", 3);
+  end += 3;
+  *end++ = conversion.kind;
+  *end = '\0';
+
+  const std::int64_t width = std::min(conversion.width, kMaxField);
+  const int precision = conversion.hasPrecision ? conversion.precision : -1;
+  std::int64_t room = width + kFloatSlack;
+  for (;;) {
+    if (!Reserve(room)) return;
+    const int written = std::snprintf(core_->end(), static_cast<std::size_t>(room) + 1, format,
+                                      static_cast<int>(width), precision, value);
+    if (written < 0) {
+      failed_ = true;
+      return;
+    }
+    if (written <= room) {
+      Advance(conversion.exact ? width : written);
+      return;
+    }
+    room = std::int64_t{written} + kFloatSlack;
+  }
+}
+
+// Puts sign, zeros and body into the field: padded up to the width, with zeros behind the
+// sign if asked for, and cut to it if it is exact.
+void Engine::PutField(const Conversion& conversion, char sign, std::int64_t zeros, const char* body,
+                      int bodyLength, int slack) {
+  const std::int64_t length = (sign != '\0' ? 1 : 0) + zeros + bodyLength;
+  const std::int64_t field = std::max(length, conversion.width);
+  if (!Reserve(field + slack)) return;
+  const std::int64_t padding = field - length;
+  std::int64_t blanksBefore = 0;
+  if (!conversion.left) {
+    if (conversion.zero) {
+      zeros += padding;
+    } else {
+      blanksBefore = padding;
+    }
+  }
+  char* out = core_->end();
+  // The body first: an argument may lie where the padding goes.
+  char* const bodyAt = out + blanksBefore + (sign != '\0' ? 1 : 0) + zeros;
+  std::memmove(bodyAt, body, static_cast<std::size_t>(bodyLength));
+  out = std::fill_n(out, blanksBefore, ' ');
+  if (sign != '\0') *out++ = sign;
+  std::fill_n(out, zeros, '0');
+  if (conversion.left) std::fill_n(bodyAt + bodyLength, padding, ' ');
+  Advance(conversion.exact ? conversion.width : field);
+}
+
+void Engine::PutBlock(const char* bytes, int n) {
+  if (core_->WriteBlock(bytes, n) < n) {
+    failed_ = true;
+    return;
+  }
+  Terminate();
+  total_ += n;
+}
+
+bool Engine::Reserve(std::int64_t n) {
+  if (n <= kMaxField && core_->Reserve(static_cast<int>(n)) > 0) return true;
+  failed_ = true;
+  return false;
+}
+
+void Engine::Advance(std::int64_t n) {
+  if (n > 0) core_->Advance(static_cast<int>(n));
+  Terminate();
+  total_ += n;
+}
+
+// An argument may be a text in the core's own buffer, whose end we have just written over.
+void Engine::Terminate() { *core_->end() = '\0'; }
+
+}  // namespace
+
+int Format(MP_StreamCore* core, const char* format, va_list args) {
+  return format != nullptr ? Engine(core, args).Run(format) : 0;
+}
+
+}  // namespace text

@@ -1,0 +1,20 @@
+// The printf of the library: it serves strings and streams alike.
+
+#ifndef KALVOBASE_SRC_TEXT_FORMAT_ENGINE_H_
+#define KALVOBASE_SRC_TEXT_FORMAT_ENGINE_H_
+
+#include <cstdarg>
+
+#include "files/mp_stream_core.h"
+
+namespace text {
+
+// Appends the formatted text to `core` and writes no terminator. Returns the number of
+// bytes, or -1 if they could not be stored; what came before the failure stays. Line feeds
+// of the format go through the core's line hook, those of the arguments do not. `args` is
+// left as it was. Arguments may point into the core's own buffer, the format may not.
+int Format(MP_StreamCore* core, const char* format, va_list args);
+
+}  // namespace text
+
+#endif  // KALVOBASE_SRC_TEXT_FORMAT_ENGINE_H_

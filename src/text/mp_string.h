@@ -1,0 +1,96 @@
+// MP_String: what is behind a Kalvo_String. A stream core in writing mode with no
+// destination: its buffer grows for ever.
+//
+// Texts that callers hand in may lie in this string's own block.
+
+#ifndef KALVOBASE_SRC_TEXT_MP_STRING_H_
+#define KALVOBASE_SRC_TEXT_MP_STRING_H_
+
+#include <cstdarg>
+#include <cstdint>
+
+#include "files/mp_stream_core.h"
+
+class MP_String : public MP_StreamCore {
+ public:
+  MP_String();
+  explicit MP_String(const char* text);
+
+  int LineHook() override { return 1; }
+  int DrainBuffer() override { return Reserve(256); }
+
+  // --- Storage and editing: mp_string.cpp -----------------------------------------
+
+  void Clear();
+  void Assign(const char* bytes, int n);
+  void AssignText(const char* text);
+  void AssignText(const char* text, int n);
+  void Append(const char* bytes, int n);
+  void AppendText(const char* text);
+  void AppendText(const char* text, int n);
+  void AppendFill(char c, int n);
+
+  // The content, terminated.
+  const char* Text();
+  const char* Content() const { return block_; }
+  char At(int i) const { return i >= 0 && i < Length() ? block_[i] : '\0'; }
+  const char* Right(int n);
+  int Compare(const char* text);
+  int CompareNoCase(const char* text);
+
+  char quote() const { return quote_; }
+  void SetQuote(char c) { quote_ = c; }
+
+  void SetAt(int i, char c);
+  void Truncate(int n);
+  void TruncateRight(int n);
+  void Resize(int n, char c);
+  void Delete(int position, int n);
+  void InsertFill(int position, char c, int n);
+  void Insert(int position, const char* bytes, int n);
+  void ReplaceByte(char from, char to);
+  void ReplaceAt(int position, char c);
+  void Overwrite(int position, const char* bytes, int n);
+  int Replace(int from, const char* what, const char* with);
+  int ReplaceAll(int from, const char* what, const char* with);
+  void TrimLeft();
+  void TrimRight();
+  void Trim();
+  void MakeUpper();
+  void MakeLower();
+  void Reverse();
+  void Align(char mode, char c, int width);
+
+  // --- Conversion and searching: mp_string_convert.cpp ----------------------------
+
+  void Format(const char* format, va_list args);
+  void AppendFormat(const char* format, va_list args);
+  void InsertFormat(int position, const char* format, va_list args);
+  std::int32_t ToInt(int base);
+  double ToFloat();
+  char ToChar();
+  const char* Find(int start, const char* pattern, int& position, int patternLength);
+  const char* FindLast(const char* pattern, int& position, int patternLength);
+  int FindLastChar(char c) const;
+  const char* MatchBrack(int start, const char* open, const char* close, int& openPosition,
+                         int& closePosition);
+  void FormatDate(long stamp, const char* format);
+  void AppendDate(long stamp, const char* format);
+  const char* AppendBase64(const char* bytes, int n);
+  const char* AppendDecodedBase64(const char* text);
+  const char* AppendDecodedBase64(const char* bytes, int n);
+
+ private:
+  // Most texts of a host are short: they need no second block of memory.
+  static constexpr int kFirstBlockSize = 64;
+  static constexpr int kFirstCapacity = 256;
+
+  void Terminate();
+  char* OpenGap(int position, int n);
+  std::int32_t ParseDigits(int bitsPerDigit);
+
+  char quote_ = '\0';
+  char firstBlock_[kFirstBlockSize];
+};
+
+#endif  // KALVOBASE_SRC_TEXT_MP_STRING_H_

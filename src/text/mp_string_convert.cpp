@@ -1,0 +1,209 @@
+// Formatting, conversion and searching in strings.
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+#include "text/base64.h"
+#include "text/date_format.h"
+#include "text/format_engine.h"
+#include "text/mp_string.h"
+#include "text/text_bytes.h"
+
+// --- Formatting ---------------------------------------------------------------------
+
+// A format that lies in this string is copied before its own output runs over it.
+void MP_String::Format(const char* format, va_list args) {
+  if (OffsetOf(format) >= 0) {
+    Format(MP_String(format).Text(), args);
+    return;
+  }
+  Clear();
+  AppendFormat(format, args);
+}
+
+void MP_String::AppendFormat(const char* format, va_list args) {
+  if (OffsetOf(format) >= 0) {
+    AppendFormat(MP_String(format).Text(), args);
+    return;
+  }
+  text::Format(this, format, args);
+  Terminate();
+}
+
+void MP_String::InsertFormat(int position, const char* format, va_list args) {
+  MP_String formatted;
+  formatted.AppendFormat(format, args);
+  Insert(position, formatted.Content(), formatted.Length());
+}
+
+void MP_String::FormatDate(long stamp, const char* format) {
+  if (OffsetOf(format) >= 0) {
+    FormatDate(stamp, MP_String(format).Text());
+    return;
+  }
+  Clear();
+  AppendDate(stamp, format);
+}
+
+void MP_String::AppendDate(long stamp, const char* format) {
+  if (OffsetOf(format) >= 0) {
+    AppendDate(stamp, MP_String(format).Text());
+    return;
+  }
+  text::AppendDate(this, stamp, format);
+}
+
+// --- Numbers ------------------------------------------------------------------------
+
+// Digits of 1 or 4 bits each behind an optional sign, wrapping at 32 bits. In hexadecimal
+// an 'x' starts the number anew, which skips the prefix of 0x1F.
+std::int32_t MP_String::ParseDigits(int bitsPerDigit) {
+  const char* c = Text();
+  const bool negative = *c == '-';
+  if (negative) ++c;
+  std::uint32_t value = 0;
+  for (;; ++c) {
+    const int lower = text::LowerAscii(static_cast<unsigned char>(*c));
+    int digit;
+    if (lower >= '0' && lower <= '9') {
+      digit = lower - '0';
+    } else if (lower >= 'a' && lower <= 'f') {
+      digit = lower - 'a' + 10;
+    } else if (lower == 'x' && bitsPerDigit == 4) {
+      value = 0;
+      continue;
+    } else {
+      break;
+    }
+    if (digit >= 1 << bitsPerDigit) break;
+    value = (value << bitsPerDigit) + static_cast<std::uint32_t>(digit);
+  }
+  return static_cast<std::int32_t>(negative ? 0 - value : value);
+}
+
+std::int32_t MP_String::ToInt(int base) {
+  Trim();
+  switch (base) {
+    case 16:
+      return ParseDigits(4);
+    case 2:
+      return ParseDigits(1);
+    default:
+      return static_cast<std::int32_t>(std::strtoll(Text(), nullptr, 10));
+  }
+}
+
+double MP_String::ToFloat() { return std::strtod(Text(), nullptr); }
+
+char MP_String::ToChar() {
+  const char* c = Text();
+  if (c[0] == '\\') {
+    switch (c[1]) {
+      case 'n':
+        return '\n';
+      case 'r':
+        return '\r';
+      case 't':
+        return '\t';
+      case '\\':
+        return '\\';
+      case '0':
+        return '\0';
+      default:
+        return ' ';
+    }
+  }
+  if (c[0] != '0') return static_cast<char>(std::strtoll(c, nullptr, 10));
+  return c[1] == 'x' || c[1] == 'X' ? static_cast<char>(ParseDigits(4)) : '0';
+}
+
+// --- Searching ----------------------------------------------------------------------
+
+// One pass that does not step back: the byte that breaks a partial match is not compared
+// with the start of the pattern again.
+const char* MP_String::Find(int start, const char* pattern, int& position, int patternLength) {
+  position = -1;
+  const char* content = Text();
+  if (patternLength < 1) patternLength = text::Length(pattern);
+  start = std::max(start, 0);
+  if (pattern == nullptr || patternLength == 0 || start >= Length()) return nullptr;
+  int matched = 0;
+  for (const char* c = content + start; c != end_; ++c) {
+    if (*c != pattern[matched]) {
+      matched = 0;
+    } else if (++matched == patternLength) {
+      position = static_cast<int>(c - content) + 1 - patternLength;
+      return content + position;
+    }
+  }
+  return nullptr;
+}
+
+const char* MP_String::FindLast(const char* pattern, int& position, int patternLength) {
+  position = -1;
+  const char* content = Text();
+  if (patternLength < 1) patternLength = text::Length(pattern);
+  if (pattern == nullptr || patternLength == 0) return nullptr;
+  int matched = 0;
+  for (const char* c = end_; c != content;) {
+    --c;
+    if (*c != pattern[patternLength - 1 - matched]) {
+      matched = 0;
+    } else if (++matched == patternLength) {
+      position = static_cast<int>(c - content);
+      return c;
+    }
+  }
+  return nullptr;
+}
+
+int MP_String::FindLastChar(char c) const {
+  int i = Length() - 1;
+  while (i >= 0 && block_[i] != c) --i;
+  return i;
+}
+
+const char* MP_String::MatchBrack(int start, const char* open, const char* close, int& openPosition,
+                                  int& closePosition) {
+  closePosition = -1;
+  const char* opening = Find(start, open, openPosition, 0);
+  if (opening == nullptr) return nullptr;
+  if (Find(openPosition, close, closePosition, 0) == nullptr) return nullptr;
+
+  const int openLength = text::Length(open);
+  const int closeLength = text::Length(close);
+  int nested = 0;
+  int at = openPosition;
+  while (Find(at + openLength, open, at, 0) != nullptr && at <= closePosition) ++nested;
+  for (; nested > 0; --nested) {
+    if (Find(closePosition + closeLength, close, closePosition, 0) == nullptr) return nullptr;
+  }
+  return opening;
+}
+
+// --- Base64 -------------------------------------------------------------------------
+
+const char* MP_String::AppendBase64(const char* bytes, int n) {
+  if (bytes == nullptr || n < 1) return Text();
+  const std::ptrdiff_t offset = OffsetOf(bytes);
+  const std::int64_t size = text::Base64EncodedSize(n);
+  if (size <= INT_MAX && Reserve(static_cast<int>(size)) > 0) {
+    end_ = text::Base64Encode(offset < 0 ? bytes : block_ + offset, n, end_);
+  }
+  return Text();
+}
+
+const char* MP_String::AppendDecodedBase64(const char* text) {
+  return AppendDecodedBase64(text, text::Length(text));
+}
+
+const char* MP_String::AppendDecodedBase64(const char* bytes, int n) {
+  if (bytes == nullptr || n < 4) return Text();
+  const std::ptrdiff_t offset = OffsetOf(bytes);
+  if (Reserve(text::Base64DecodedSize(n)) > 0) {
+    end_ = text::Base64Decode(offset < 0 ? bytes : block_ + offset, n, end_);
+  }
+  return Text();
+}
