@@ -30,6 +30,14 @@
 class MP_String;
 class MP_StringArray;
 
+// The front of every string's implementation: where the next byte goes, and up to where
+// bytes may go before the library must make room. It stands here for the one operation
+// that is too small for a call into the library.
+struct Kalvo_StringCursor {
+  char* end;
+  char* limit;
+};
+
 class KALVO_API Kalvo_String {
  public:
   // --- Making and assigning -----------------------------------------------------
@@ -282,8 +290,17 @@ class KALVO_API Kalvo_String {
   const char* Base64Decode(const char* p, int n);
 
  private:
-  MP_String* impl_;
+  MP_String* impl() const;
+  Kalvo_String* AppendRun(char c, int n);
+
+  Kalvo_StringCursor* cursor_;
 };
+
+inline Kalvo_String* Kalvo_String::addch(char c, int n) {
+  if (n != 1 || cursor_->end == cursor_->limit) return AppendRun(c, n);
+  *cursor_->end++ = c;
+  return this;
+}
 
 // 1 if lengths and bytes are equal, else 0; a null `s` is equal to nothing.
 KALVO_API int operator==(const Kalvo_String& a, const char* s);

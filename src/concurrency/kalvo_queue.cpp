@@ -62,5 +62,5 @@ void Kalvo_Queue::Signal() {
 
 void Kalvo_Queue::QSort(int (*compare)(Kalvo_QueueObject*, Kalvo_QueueObject*, void*),
                         void* context) {
-  if (impl_ != nullptr) impl_->QSort(compare, context);
+  if (impl_ != nullptr) impl_->QSort(compare, context, this);
 }

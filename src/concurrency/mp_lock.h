@@ -1,5 +1,5 @@
-// The library's own pair of locks: one that does nothing and a real one. A class that is
-// made with or without locking holds one of the two and runs the same code.
+// The lock that the library's own classes hold. Where one is made without locking, a
+// Kalvo_BaseLock, which does nothing, or a null pointer stands in its place.
 
 #ifndef KALVOBASE_SRC_CONCURRENCY_MP_LOCK_H_
 #define KALVOBASE_SRC_CONCURRENCY_MP_LOCK_H_
@@ -7,10 +7,8 @@
 #include "kalvobase/lock.h"
 #include "platform/lock.h"
 
-class MP_NullLock : public Kalvo_BaseLock {};
-
 // Recursive: the holder can take it again and must release it as often.
-class MP_Lock : public MP_NullLock {
+class MP_Lock : public Kalvo_BaseLock {
  public:
   MP_Lock() : lock_(platform::lock_create()) {}
   MP_Lock(const MP_Lock&) = delete;

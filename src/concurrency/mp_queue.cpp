@@ -17,6 +17,9 @@ void LinkBefore(MP_QueueLink* link, MP_QueueLink* behind) {
   behind->previous = link;
 }
 
+// How many records a queue keeps for items to come, which spares the allocator most calls.
+constexpr std::uint32_t kMaxSpares = 1024;
+
 MP_QueueItem* ItemOf(MP_QueueLink* link) { return static_cast<MP_QueueItem*>(link); }
 
 // Sorts `from` by merging runs of doubling width to and fro between the two arrays, and
@@ -90,8 +93,8 @@ class MP_Queue::ObjectGuard {
 // ends: in the new order, or in the old one if the comparison threw.
 class MP_Queue::SortedObjects {
  public:
-  SortedObjects(MP_Queue* queue, Kalvo_QueueObject** objects)
-      : order(objects), queue_(queue), count_(queue->count_) {
+  SortedObjects(MP_Queue* queue, Kalvo_Queue* owner, Kalvo_QueueObject** objects)
+      : order(objects), queue_(queue), owner_(owner), count_(queue->count_) {
     while (queue->count_ != 0) {
       MP_QueueItem* item = ItemOf(queue->head_.next);
       *objects++ = item->object;
@@ -108,7 +111,8 @@ class MP_Queue::SortedObjects {
       items_ = item->next;
       MP_Queue::Remove(order[i]);
       item->object = order[i];
-      queue_->PutIn(item, &queue_->tail_);
+      item->owner = owner_;
+      if (queue_->PutIn(item, &queue_->tail_)) platform::event_wake(queue_->event_);
     }
   }
 
@@ -116,6 +120,7 @@ class MP_Queue::SortedObjects {
 
  private:
   MP_Queue* queue_;
+  Kalvo_Queue* owner_;
   std::size_t count_;
   MP_QueueLink* items_ = nullptr;  // the records, chained by `next`
 };
@@ -126,12 +131,17 @@ MP_Queue::MP_Queue(bool locked, bool signalling) {
   Init(locked, signalling);
 }
 
-MP_Queue::~MP_Queue() { RemoveAll(); }
+MP_Queue::~MP_Queue() {
+  RemoveAll();
+  while (spares_ != nullptr) delete ItemOf(std::exchange(spares_, spares_->next));
+  platform::event_destroy(event_);
+}
 
 void MP_Queue::Init(bool locked, bool signalling) {
   if (count_ != 0) return;
   lock_.reset(locked ? new (std::nothrow) MP_Lock : nullptr);
-  event_.reset(signalling ? new (std::nothrow) MP_Event(true, false) : nullptr);
+  platform::event_destroy(event_);
+  event_ = signalling ? platform::event_create() : nullptr;
 }
 
 // The link in front of which position `index` is; the tail for every index outside.
@@ -156,51 +166,85 @@ MP_QueueItem* MP_Queue::FindItem(std::int32_t index) {
   return ItemOf(target == &tail_ ? tail_.previous : target);
 }
 
-void MP_Queue::PutIn(MP_QueueItem* item, MP_QueueLink* behind) {
+MP_QueueItem* MP_Queue::NewItem(Kalvo_QueueObject* object, Kalvo_Queue* owner) {
+  if (spares_ == nullptr) return new (std::nothrow) MP_QueueItem(object, owner);
+  MP_QueueItem* item = ItemOf(std::exchange(spares_, spares_->next));
+  --spareCount_;
+  item->object = object;
+  item->owner = owner;
+  return item;
+}
+
+void MP_Queue::FreeItem(MP_QueueItem* item) {
+  if (spareCount_ == kMaxSpares) {
+    delete item;
+    return;
+  }
+  item->next = spares_;
+  spares_ = item;
+  ++spareCount_;
+}
+
+// True if event_wake must follow.
+bool MP_Queue::PutIn(MP_QueueItem* item, MP_QueueLink* behind) {
   item->object->item_ = item;
-  item->object->queue_ = this;
+  item->object->queue_.store(this, std::memory_order_release);
   LinkBefore(item, behind);
   // With items in it the queue is signalled already.
-  if (++count_ == 1 && event_ != nullptr) event_->MP_Event::Set();
+  return ++count_ == 1 && event_ != nullptr && platform::event_signal(event_);
 }
 
 void MP_Queue::TakeOut(MP_QueueItem* item) {
   Unlink(item);
-  if (--count_ == 0 && event_ != nullptr) event_->MP_Event::Reset();
+  if (--count_ == 0 && event_ != nullptr) platform::event_reset(event_);
   item->object->item_ = nullptr;
-  item->object->queue_ = nullptr;
+  item->object->queue_.store(nullptr, std::memory_order_release);
 }
 
 Kalvo_QueueObject* MP_Queue::TakeOutAndFree(MP_QueueItem* item) {
   Kalvo_QueueObject* object = item->object;
   TakeOut(item);
-  delete item;
+  FreeItem(item);
   return object;
 }
 
 Kalvo_QueueObject* MP_Queue::InsertItemAt(Kalvo_QueueObject* object, std::int32_t index,
                                           Kalvo_Queue* owner) {
   if (object == nullptr) return nullptr;
-  Remove(object);  // before this queue is locked: two locks are never held at once
-  MP_QueueItem* item = new (std::nothrow) MP_QueueItem(object, owner);
-  if (item == nullptr) return nullptr;
-  Guard guard(this);
-  PutIn(item, Target(index));
+  if (object->queue_ != nullptr)
+    Remove(object);  // before this queue is locked: two locks are never held at once
+  const platform::Event* event = event_;
+  bool wake;
+  {
+    Guard guard(this);
+    MP_QueueItem* item = NewItem(object, owner);
+    if (item == nullptr) return nullptr;
+    wake = PutIn(item, Target(index));
+  }
+  // Whoever is woken finds the lock free. The queue may be gone by now.
+  if (wake) platform::event_wake(event);
   return object;
 }
 
 Kalvo_QueueObject* MP_Queue::PeekItemAt(std::int32_t index, std::int32_t ms) {
-  if (ms > 0 && WaitData(ms) != 0) return nullptr;
-  Guard guard(this);
-  MP_QueueItem* item = FindItem(index);
-  return item != nullptr ? item->object : nullptr;
+  return Access(index, ms, false);
 }
 
 Kalvo_QueueObject* MP_Queue::RemoveItemAt(std::int32_t index, std::int32_t ms) {
-  if (ms > 0 && WaitData(ms) != 0) return nullptr;
-  Guard guard(this);
-  MP_QueueItem* item = FindItem(index);
-  return item != nullptr ? TakeOutAndFree(item) : nullptr;
+  return Access(index, ms, true);
+}
+
+// A queue with items is signalled, so it need not be waited for.
+Kalvo_QueueObject* MP_Queue::Access(std::int32_t index, std::int32_t ms, bool remove) {
+  for (bool mayWait = ms > 0;; mayWait = false) {
+    {
+      Guard guard(this);
+      if (MP_QueueItem* item = FindItem(index)) {
+        return remove ? TakeOutAndFree(item) : item->object;
+      }
+    }
+    if (!mayWait || WaitData(ms) != 0) return nullptr;
+  }
 }
 
 std::uint32_t MP_Queue::GetItemCount() {
@@ -211,15 +255,26 @@ std::uint32_t MP_Queue::GetItemCount() {
 void MP_Queue::RemoveAll() {
   Guard guard(this);
   while (count_ != 0) delete TakeOutAndFree(ItemOf(head_.next));
-  if (event_ != nullptr) event_->MP_Event::Reset();
+  platform::event_reset(event_);
 }
 
 int MP_Queue::WaitData(std::int32_t ms) {
-  return event_ != nullptr ? event_->MP_Event::Wait(static_cast<std::uint32_t>(ms)) : 0;
+  if (event_ == nullptr) return 0;
+  const std::uint32_t result = platform::event_wait(event_, static_cast<std::uint32_t>(ms));
+  // Whoever was woken may destroy the queue, and the thread that woke it must have let go
+  // by then.
+  Guard guard(this);
+  return static_cast<int>(result);
 }
 
 void MP_Queue::Signal() {
-  if (event_ != nullptr) event_->MP_Event::Set();
+  const platform::Event* event = event_;
+  bool wake;
+  {
+    Guard guard(this);
+    wake = platform::event_signal(event_);
+  }
+  if (wake) platform::event_wake(event);
 }
 
 void MP_Queue::Remove(Kalvo_QueueObject* object) {
@@ -270,15 +325,12 @@ Kalvo_QueueObject* MP_Queue::AddBeside(Kalvo_QueueObject* place, Kalvo_QueueObje
                                        bool after) {
   if (object == nullptr || object == place || place->queue_ == nullptr) return nullptr;
   Remove(object);  // before the queue is locked: two locks are never held at once
-  MP_QueueItem* item = new (std::nothrow) MP_QueueItem(object, nullptr);
-  if (item == nullptr) return nullptr;
   const ObjectGuard guard(place);
-  if (guard.queue() == nullptr) {  // another thread took `place` out in between
-    delete item;
-    return nullptr;
-  }
-  item->owner = place->item_->owner;
-  guard.queue()->PutIn(item, after ? place->item_->next : place->item_);
+  MP_Queue* queue = guard.queue();
+  if (queue == nullptr) return nullptr;  // another thread took `place` out in between
+  MP_QueueItem* item = queue->NewItem(object, place->item_->owner);
+  if (item == nullptr) return nullptr;
+  queue->PutIn(item, after ? place->item_->next : place->item_);
   return object;
 }
 
@@ -287,7 +339,7 @@ Kalvo_Queue* MP_Queue::GetOwner(Kalvo_QueueObject* object) {
   return guard.queue() != nullptr ? object->item_->owner : nullptr;
 }
 
-void MP_Queue::QSort(Compare compare, void* context) {
+void MP_Queue::QSort(Compare compare, void* context, Kalvo_Queue* owner) {
   Guard guard(this);
   const std::uint32_t count = count_;
   if (count < 2) return;
@@ -309,7 +361,7 @@ void MP_Queue::QSort(Compare compare, void* context) {
       new (std::nothrow) Kalvo_QueueObject*[2 * std::size_t{count}]);
   if (objects == nullptr) return;
 
-  SortedObjects sorted(this, objects.get());
+  SortedObjects sorted(this, owner, objects.get());
   sorted.order = MergeSort(objects.get(), objects.get() + count, count, compare, context);
 }
 

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <memory>
 
-#include "concurrency/mp_event.h"
 #include "concurrency/mp_lock.h"
 #include "kalvobase/queue.h"
+#include "platform/event.h"
 
 // A place in the list. The two ends are links without a record.
 struct MP_QueueLink {
@@ -16,7 +16,7 @@ struct MP_QueueLink {
   MP_QueueLink* previous = nullptr;  // null in the head
 };
 
-// Exists from the moment that its object is put in a queue until it leaves it.
+// Belongs to its object from the moment that this is put in a queue until it leaves it.
 class MP_QueueItem : public MP_QueueLink {
  public:
   MP_QueueItem(Kalvo_QueueObject* itemObject, Kalvo_Queue* itemOwner)
@@ -46,7 +46,7 @@ class MP_Queue {
   void RemoveAll();
   int WaitData(std::int32_t ms);
   void Signal();
-  void QSort(Compare compare, void* context);
+  void QSort(Compare compare, void* context, Kalvo_Queue* owner);
 
   static void Remove(Kalvo_QueueObject* object);
   static void MoveToHead(Kalvo_QueueObject* object);
@@ -69,19 +69,27 @@ class MP_Queue {
   static void MoveBefore(MP_QueueItem* item, MP_QueueLink* behind);
   static void SwapObjects(MP_QueueItem* a, MP_QueueItem* b);
 
+  Kalvo_QueueObject* Access(std::int32_t index, std::int32_t ms, bool remove);
+
   // These expect the lock to be held.
   MP_QueueLink* Target(std::int32_t index);
   MP_QueueItem* FindItem(std::int32_t index);
-  void PutIn(MP_QueueItem* item, MP_QueueLink* behind);
+  MP_QueueItem* NewItem(Kalvo_QueueObject* object, Kalvo_Queue* owner);
+  void FreeItem(MP_QueueItem* item);
+  bool PutIn(MP_QueueItem* item, MP_QueueLink* behind);
   void TakeOut(MP_QueueItem* item);
   Kalvo_QueueObject* TakeOutAndFree(MP_QueueItem* item);
 
   MP_QueueLink head_;
   MP_QueueLink tail_;
   std::uint32_t count_ = 0;
-  // Null where the queue was made without: a test costs less than a call that does nothing.
+  std::uint32_t spareCount_ = 0;
+  MP_QueueLink* spares_ = nullptr;  // records without an object, chained by `next`
+
+  // Null where the queue was made without. The event is signalled while count_ is not 0,
+  // and by Signal; it changes under the lock only.
   std::unique_ptr<MP_Lock> lock_;
-  std::unique_ptr<MP_Event> event_;  // signalled while count_ is not 0, and by Signal
+  platform::Event* event_ = nullptr;
 };
 
 #endif  // KALVOBASE_SRC_CONCURRENCY_MP_QUEUE_H_

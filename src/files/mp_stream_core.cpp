@@ -16,8 +16,8 @@ constexpr std::int32_t kMaxCapacity = INT_MAX - 1;  // leaves the terminator its
 }  // namespace
 
 MP_StreamCore::MP_StreamCore(char* firstBlock, int firstBlockSize, int capacity, bool lineFlag)
-    : block_(firstBlock),
-      end_(firstBlock),
+    : Kalvo_StringCursor{firstBlock, firstBlock},
+      block_(firstBlock),
       firstBlock_(firstBlock),
       blockSize_(firstBlockSize),
       capacity_(capacity),
@@ -34,13 +34,14 @@ int MP_StreamCore::LineHook() { return -1; }
 
 int MP_StreamCore::DrainBuffer() { return Reserve(capacity_); }
 
-void MP_StreamCore::UpdateLimit() { limit_ = block_ + std::min(blockSize_ - 1, capacity_); }
+void MP_StreamCore::UpdateLimit() { limit = block_ + std::min(blockSize_ - 1, capacity_); }
 
 bool MP_StreamCore::EnsureBlock(std::int64_t content) {
   if (content < blockSize_) return true;
   if (content > kMaxCapacity) return false;
-  const std::int64_t doubled = std::min(std::int64_t{blockSize_} * 2, std::int64_t{INT_MAX});
-  const std::size_t wanted[] = {static_cast<std::size_t>(std::max(content + 1, doubled)),
+  const std::int64_t enlarged =
+      std::min(std::int64_t{blockSize_} + blockSize_ / 2, std::int64_t{INT_MAX});
+  const std::size_t wanted[] = {static_cast<std::size_t>(std::max(content + 1, enlarged)),
                                 static_cast<std::size_t>(content + 1)};
   const std::size_t length = static_cast<std::size_t>(Length());
   for (const std::size_t size : wanted) {
@@ -49,7 +50,7 @@ bool MP_StreamCore::EnsureBlock(std::int64_t content) {
     if (block == nullptr) continue;  // without the reserve it may fit
     if (keep) std::memcpy(block, block_, length);
     block_ = block;
-    end_ = block + length;
+    end = block + length;
     blockSize_ = static_cast<std::int32_t>(size);
     UpdateLimit();
     return true;
@@ -89,14 +90,14 @@ int MP_StreamCore::PutCount(int c) {
 
 std::ptrdiff_t MP_StreamCore::OffsetOf(const char* p) const {
   const std::less<const char*> before;
-  return before(p, block_) || before(end_, p) ? -1 : p - block_;
+  return before(p, block_) || before(end, p) ? -1 : p - block_;
 }
 
 int MP_StreamCore::WriteBlock(const char* p, int n) {
   if (p == nullptr) return 0;
   if (n < 0) n = static_cast<int>(std::min<std::size_t>(std::strlen(p), INT_MAX));
   for (int left = n; left > 0;) {
-    if (end_ == limit_) {
+    if (end == limit) {
       const std::ptrdiff_t offset = OffsetOf(p);
       const int room = MakeRoom();
       if (room < 1) {
@@ -105,12 +106,12 @@ int MP_StreamCore::WriteBlock(const char* p, int n) {
       }
       if (offset >= 0) p = block_ + offset;
     }
-    const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(left, limit_ - end_));
-    std::memmove(end_, p, static_cast<std::size_t>(chunk));
-    end_ += chunk;
+    const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(left, limit - end));
+    std::memmove(end, p, static_cast<std::size_t>(chunk));
+    end += chunk;
     p += chunk;
     left -= chunk;
-    lastByte_ = end_[-1];
+    lastByte_ = end[-1];
   }
   return n;
 }
@@ -125,10 +126,10 @@ int MP_StreamCore::WriteOrdered(const void* number, int n) {
 }
 
 void MP_StreamCore::Advance(int n) {
-  if (n < 1) n = static_cast<int>(std::strlen(end_));
+  if (n < 1) n = static_cast<int>(std::strlen(end));
   if (n < 1) return;
-  end_ += n;
-  lastByte_ = end_[-1];
+  end += n;
+  lastByte_ = end[-1];
 }
 
 MP_StreamCore::PinnedBlock::PinnedBlock(MP_StreamCore* core)

@@ -2,8 +2,9 @@
 //
 // The buffer has a capacity, which is what its users see: how much it holds before
 // DrainBuffer must make room. Behind it stands a block of memory that follows the content
-// and doubles when it is full, so that the steps in which a capacity grows cost no copy
-// each, however the allocator places the block.
+// and grows by half when it is full, so that the steps in which a capacity grows cost no copy
+// each, however the allocator places the block. `end` points behind the content, where the
+// block always has a byte for a terminator, and `limit` to where MakeRoom is needed.
 
 #ifndef KALVOBASE_SRC_FILES_MP_STREAM_CORE_H_
 #define KALVOBASE_SRC_FILES_MP_STREAM_CORE_H_
@@ -11,7 +12,9 @@
 #include <cstddef>
 #include <cstdint>
 
-class MP_StreamCore {
+#include "kalvobase/text.h"
+
+class MP_StreamCore : public Kalvo_StringCursor {
  public:
   MP_StreamCore(const MP_StreamCore&) = delete;
   MP_StreamCore& operator=(const MP_StreamCore&) = delete;
@@ -48,7 +51,7 @@ class MP_StreamCore {
   void Advance(int n);
 
   // Where the next byte goes, for whoever stores what Reserve made room for.
-  char* end() { return end_; }
+  char* End() { return end; }
 
   char GetLastByte() const { return lastByte_; }
   void ClearLastByte() { lastByte_ = 0; }
@@ -57,7 +60,7 @@ class MP_StreamCore {
   // The free bytes of the capacity.
   int BufferedBytes() const { return capacity_ - Length(); }
 
-  int Length() const { return static_cast<int>(end_ - block_); }
+  int Length() const { return static_cast<int>(end - block_); }
 
   // Keeps the block alive that the buffer has now, for as long as this object lives: a
   // caller may have handed out pointers into it that are read while the buffer grows.
@@ -91,13 +94,11 @@ class MP_StreamCore {
   std::ptrdiff_t OffsetOf(const char* p) const;
 
   // Drops the content behind `length`.
-  void SetLength(int length) { end_ = block_ + length; }
+  void SetLength(int length) { end = block_ + length; }
 
   int capacity() const { return capacity_; }
 
   char* block_;
-  char* end_;    // behind the content; the block always has this byte
-  char* limit_;  // how far the content may grow before MakeRoom is needed
 
  private:
   void UpdateLimit();
@@ -112,11 +113,11 @@ class MP_StreamCore {
 };
 
 inline int MP_StreamCore::PutByte(int c) {
-  if (end_ == limit_) {
+  if (end == limit) {
     const int room = MakeRoom();
     if (room < 1) return room - 1;
   }
-  lastByte_ = *end_++ = static_cast<char>(c);
+  lastByte_ = *end++ = static_cast<char>(c);
   if (lastByte_ == '\n' && lineFlag_) {
     const int hooked = LineHook();
     return hooked > 0 ? '\n' : hooked - 1;

@@ -24,6 +24,12 @@ void event_destroy(Event* event);
 bool event_set(Event* event);
 bool event_reset(Event* event);
 
+// The two halves of event_set, for a caller that sets under a lock and wakes behind it.
+// event_signal tells whether event_wake must follow; that one uses nothing of the event but
+// its address, so the event may be gone by then.
+bool event_signal(Event* event);
+void event_wake(const Event* event);
+
 // kWaitSignalled, kWaitTimedOut or kWaitFailed.
 std::uint32_t event_wait(Event* event, std::uint32_t ms);
 

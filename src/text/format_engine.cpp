@@ -322,7 +322,7 @@ void Engine::PutByLibrary(const Conversion& conversion, T value) {
   std::int64_t room = width + kFloatSlack;
   for (;;) {
     if (!Reserve(room)) return;
-    const int written = std::snprintf(core_->end(), static_cast<std::size_t>(room) + 1, format,
+    const int written = std::snprintf(core_->End(), static_cast<std::size_t>(room) + 1, format,
                                       static_cast<int>(width), precision, value);
     if (written < 0) {
       failed_ = true;
@@ -352,7 +352,7 @@ void Engine::PutField(const Conversion& conversion, char sign, std::int64_t zero
       blanksBefore = padding;
     }
   }
-  char* out = core_->end();
+  char* out = core_->End();
   // The body first: an argument may lie where the padding goes.
   char* const bodyAt = out + blanksBefore + (sign != '\0' ? 1 : 0) + zeros;
   std::memmove(bodyAt, body, static_cast<std::size_t>(bodyLength));
@@ -385,7 +385,7 @@ void Engine::Advance(std::int64_t n) {
 }
 
 // An argument may be a text in the core's own buffer, whose end we have just written over.
-void Engine::Terminate() { *core_->end() = '\0'; }
+void Engine::Terminate() { *core_->End() = '\0'; }
 
 }  // namespace
 

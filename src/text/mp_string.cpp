@@ -27,13 +27,13 @@ MP_String::MP_String(const char* text) : MP_String() {
 void MP_String::Clear() {
   quote_ = '\0';
   SetLength(0);
-  *end_ = '\0';
+  *end = '\0';
 }
 
 // The capacity grows for the terminator too: a string that is full has none to spare.
 void MP_String::Terminate() {
   if (BufferedBytes() < 1) Reserve(256);
-  *end_ = '\0';
+  *end = '\0';
 }
 
 // --- Assigning and appending --------------------------------------------------------
@@ -62,27 +62,33 @@ void MP_String::AssignText(const char* text, int n) {
 
 void MP_String::Append(const char* bytes, int n) {
   if (bytes == nullptr || n < 1) return;
-  if (n > limit_ - end_) {
-    // One block for all of it; the capacity below grows in its own steps.
-    const std::ptrdiff_t offset = OffsetOf(bytes);
-    EnsureBlock(std::int64_t{Length()} + n);
-    if (offset >= 0) bytes = block_ + offset;
+  if (n <= limit - end) {
+    std::memmove(end, bytes, Count(n));
+    end += n;
+  } else {
+    AppendGrowing(bytes, n);
   }
-  WriteBlock(bytes, n);
   Terminate();
+}
+
+// Gets one block for all of it first; the capacity grows in its own steps.
+void MP_String::AppendGrowing(const char* bytes, int n) {
+  const std::ptrdiff_t offset = OffsetOf(bytes);
+  EnsureBlock(std::int64_t{Length()} + n);
+  WriteBlock(offset < 0 ? bytes : block_ + offset, n);
 }
 
 void MP_String::AppendText(const char* text) { Append(text, text::Length(text)); }
 
 void MP_String::AppendText(const char* text, int n) { Append(text, text::LengthWithin(text, n)); }
 
-void MP_String::AppendFill(char c, int n) {
-  if (n > limit_ - end_) EnsureBlock(std::int64_t{Length()} + n);
+void MP_String::AppendRun(char c, int n) {
+  if (n > limit - end) EnsureBlock(std::int64_t{Length()} + n);
   while (n > 0) {
-    if (end_ == limit_ && MakeRoom() < 1) return;
-    const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(n, limit_ - end_));
-    std::memset(end_, c, Count(chunk));
-    end_ += chunk;
+    if (end == limit && MakeRoom() < 1) return;
+    const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(n, limit - end));
+    std::memset(end, c, Count(chunk));
+    end += chunk;
     n -= chunk;
   }
 }
@@ -96,7 +102,7 @@ const char* MP_String::Text() {
 
 const char* MP_String::Right(int n) {
   Terminate();
-  return end_ - std::max(0, std::min(n, Length()));
+  return end - std::max(0, std::min(n, Length()));
 }
 
 int MP_String::Compare(const char* text) {
@@ -129,7 +135,7 @@ void MP_String::TruncateRight(int n) { SetLength(Length() - std::max(0, std::min
 
 void MP_String::Resize(int n, char c) {
   if (n > Length()) {
-    AppendFill(c, n - Length());
+    AppendRun(c, n - Length());
   } else {
     Truncate(n);
   }
@@ -140,17 +146,17 @@ void MP_String::Delete(int position, int n) {
   if (n < 1 || position >= Length()) return;
   n = std::min(n, Length() - position);
   char* hole = block_ + position;
-  std::memmove(hole, hole + n, static_cast<std::size_t>(end_ - hole - n));
-  end_ -= n;
+  std::memmove(hole, hole + n, static_cast<std::size_t>(end - hole - n));
+  end -= n;
 }
 
 // Moves the bytes from `position` on back by `n` and gives the gap, or null if there is
 // no room for it.
 char* MP_String::OpenGap(int position, int n) {
-  if (n > limit_ - end_ && Reserve(n) < 0) return nullptr;
+  if (n > limit - end && Reserve(n) < 0) return nullptr;
   char* gap = block_ + std::max(0, std::min(position, Length()));
-  std::memmove(gap + n, gap, static_cast<std::size_t>(end_ - gap));
-  end_ += n;
+  std::memmove(gap + n, gap, static_cast<std::size_t>(end - gap));
+  end += n;
   return gap;
 }
 
@@ -172,13 +178,13 @@ void MP_String::Insert(int position, const char* bytes, int n) {
   if (char* gap = OpenGap(position, n)) std::memcpy(gap, bytes, Count(n));
 }
 
-void MP_String::ReplaceByte(char from, char to) { std::replace(block_, end_, from, to); }
+void MP_String::ReplaceByte(char from, char to) { std::replace(block_, end, from, to); }
 
 void MP_String::ReplaceAt(int position, char c) {
   if (position < Length()) {
     SetAt(position, c);
   } else {
-    AppendFill(c, 1);
+    AppendRun(c, 1);
   }
 }
 
@@ -220,7 +226,7 @@ int MP_String::ReplaceAll(int from, const char* what, const char* with) {
   MP_String result;
   const char* copied = Text();
   const char* search = copied + from;
-  while (search < end_) {
+  while (search < end) {
     const char* found = std::strstr(search, what);
     if (found == nullptr) break;
     result.Append(copied, static_cast<int>(found - copied));
@@ -229,7 +235,7 @@ int MP_String::ReplaceAll(int from, const char* what, const char* with) {
     ++replaced;
   }
   if (replaced == 0) return 0;
-  result.Append(copied, static_cast<int>(end_ - copied));
+  result.Append(copied, static_cast<int>(end - copied));
   const std::int64_t grown = std::int64_t{replaced} * (withLength - whatLength);
   if (result.Length() != Length() + grown) return 0;  // there was no room for all of it
   SetLength(0);
@@ -240,12 +246,12 @@ int MP_String::ReplaceAll(int from, const char* what, const char* with) {
 // --- Blanks, case, order, width -----------------------------------------------------
 
 void MP_String::TrimLeft() {
-  const char* start = std::find_if_not(block_, end_, IsBlank);
+  const char* start = std::find_if_not(block_, end, IsBlank);
   Delete(0, static_cast<int>(start - block_));
 }
 
 void MP_String::TrimRight() {
-  while (end_ != block_ && IsBlank(end_[-1])) --end_;
+  while (end != block_ && IsBlank(end[-1])) --end;
 }
 
 void MP_String::Trim() {
@@ -254,18 +260,18 @@ void MP_String::Trim() {
 }
 
 void MP_String::MakeUpper() {
-  std::transform(block_, end_, block_, [](char c) {
+  std::transform(block_, end, block_, [](char c) {
     return static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   });
 }
 
 void MP_String::MakeLower() {
-  std::transform(block_, end_, block_, [](char c) {
+  std::transform(block_, end, block_, [](char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   });
 }
 
-void MP_String::Reverse() { std::reverse(block_, end_); }
+void MP_String::Reverse() { std::reverse(block_, end); }
 
 void MP_String::Align(char mode, char c, int width) {
   const bool shorten = width < Length();

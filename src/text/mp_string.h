@@ -28,7 +28,7 @@ class MP_String : public MP_StreamCore {
   void Append(const char* bytes, int n);
   void AppendText(const char* text);
   void AppendText(const char* text, int n);
-  void AppendFill(char c, int n);
+  void AppendRun(char c, int n);
 
   // The content, terminated.
   const char* Text();
@@ -85,6 +85,7 @@ class MP_String : public MP_StreamCore {
   static constexpr int kFirstBlockSize = 64;
   static constexpr int kFirstCapacity = 256;
 
+  void AppendGrowing(const char* bytes, int n);
   void Terminate();
   char* OpenGap(int position, int n);
   std::int32_t ParseDigits(int bitsPerDigit);

@@ -130,7 +130,7 @@ const char* MP_String::Find(int start, const char* pattern, int& position, int p
   start = std::max(start, 0);
   if (pattern == nullptr || patternLength == 0 || start >= Length()) return nullptr;
   int matched = 0;
-  for (const char* c = content + start; c != end_; ++c) {
+  for (const char* c = content + start; c != end; ++c) {
     if (*c != pattern[matched]) {
       matched = 0;
     } else if (++matched == patternLength) {
@@ -147,7 +147,7 @@ const char* MP_String::FindLast(const char* pattern, int& position, int patternL
   if (patternLength < 1) patternLength = text::Length(pattern);
   if (pattern == nullptr || patternLength == 0) return nullptr;
   int matched = 0;
-  for (const char* c = end_; c != content;) {
+  for (const char* c = end; c != content;) {
     --c;
     if (*c != pattern[patternLength - 1 - matched]) {
       matched = 0;
@@ -190,7 +190,7 @@ const char* MP_String::AppendBase64(const char* bytes, int n) {
   const std::ptrdiff_t offset = OffsetOf(bytes);
   const std::int64_t size = text::Base64EncodedSize(n);
   if (size <= INT_MAX && Reserve(static_cast<int>(size)) > 0) {
-    end_ = text::Base64Encode(offset < 0 ? bytes : block_ + offset, n, end_);
+    end = text::Base64Encode(offset < 0 ? bytes : block_ + offset, n, end);
   }
   return Text();
 }
@@ -203,7 +203,7 @@ const char* MP_String::AppendDecodedBase64(const char* bytes, int n) {
   if (bytes == nullptr || n < 4) return Text();
   const std::ptrdiff_t offset = OffsetOf(bytes);
   if (Reserve(text::Base64DecodedSize(n)) > 0) {
-    end_ = text::Base64Decode(offset < 0 ? bytes : block_ + offset, n, end_);
+    end = text::Base64Decode(offset < 0 ? bytes : block_ + offset, n, end);
   }
   return Text();
 }

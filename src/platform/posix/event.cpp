@@ -5,9 +5,9 @@
 
 #include "platform/posix/deadline.h"
 #include "platform/posix/futex.h"
+#include "platform/posix/spin.h"
 
 namespace platform {
-
 struct Event {
   // Odd while signalled. Every change counts up, so a sleeper that finds the word moved
   // knows that a set came, even if a reset has followed it.
@@ -21,12 +21,19 @@ void event_destroy(Event* event) { delete event; }
 
 bool event_set(Event* event) {
   if (event == nullptr) return false;
+  if (event_signal(event)) event_wake(event);
+  return true;
+}
+
+bool event_signal(Event* event) {
+  if (event == nullptr) return false;
   std::uint32_t seen = event->word.load();
   while ((seen & 1) == 0 && !event->word.compare_exchange_weak(seen, seen + 1)) {
   }
-  if (event->sleepers.load() != 0) futex_wake(&event->word, INT_MAX, FutexScope::kProcess);
-  return true;
+  return event->sleepers.load() != 0;
 }
+
+void event_wake(const Event* event) { futex_wake(&event->word, INT_MAX, FutexScope::kProcess); }
 
 bool event_reset(Event* event) {
   if (event == nullptr) return false;
@@ -41,6 +48,12 @@ std::uint32_t event_wait(Event* event, std::uint32_t ms) {
   const std::uint32_t seen = event->word.load();
   if ((seen & 1) != 0) return kWaitSignalled;
   if (ms == 0) return kWaitTimedOut;
+  // A thread that is about to set the event does so sooner than the kernel could put this
+  // one to sleep and wake it again.
+  for (int spins = 0; spins < kSpins; ++spins) {
+    if (event->word.load(std::memory_order_acquire) != seen) return kWaitSignalled;
+    spin_pause();
+  }
 
   const timespec deadline = ms == kNoLimit ? timespec() : deadline_after(ms);
   event->sleepers.fetch_add(1);

@@ -26,7 +26,7 @@ bool futex_wait(std::atomic<std::uint32_t>* word, std::uint32_t expected, const 
   return result == 0 || errno != ETIMEDOUT;
 }
 
-void futex_wake(std::atomic<std::uint32_t>* word, std::int32_t count, FutexScope scope) {
+void futex_wake(const std::atomic<std::uint32_t>* word, std::int32_t count, FutexScope scope) {
   syscall(SYS_futex, word, Operation(FUTEX_WAKE, scope), count, nullptr, nullptr, 0);
 }
 

@@ -19,7 +19,7 @@ bool futex_wait(std::atomic<std::uint32_t>* word, std::uint32_t expected, const 
                 FutexScope scope);
 
 // Wakes up to `count` sleepers.
-void futex_wake(std::atomic<std::uint32_t>* word, std::int32_t count, FutexScope scope);
+void futex_wake(const std::atomic<std::uint32_t>* word, std::int32_t count, FutexScope scope);
 
 }  // namespace platform
 

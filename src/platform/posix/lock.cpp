@@ -1,38 +1,84 @@
 #include "platform/lock.h"
 
-#include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <new>
 
+#include "platform/posix/futex.h"
+#include "platform/posix/spin.h"
+
 namespace platform {
+namespace {
+
+constexpr std::uint32_t kFree = 0;
+constexpr std::uint32_t kHeld = 1;
+constexpr std::uint32_t kContended = 2;  // held, and somebody may sleep
+
+// The kernel's number of the calling thread. After a fork the child's only thread goes on
+// with the number that it had, which no other thread of the child can get.
+std::uint32_t CurrentThread() {
+  __attribute__((tls_model("initial-exec"))) static thread_local std::uint32_t number = 0;
+  if (number == 0) number = static_cast<std::uint32_t>(syscall(SYS_gettid));
+  return number;
+}
+
+}  // namespace
 
 struct Lock {
-  pthread_mutex_t mutex;
+  std::atomic<std::uint32_t> state{kFree};
+  std::atomic<std::uint32_t> owner{0};
+  std::uint32_t depth = 0;  // how often the owner took it again
 };
 
-Lock* lock_create() {
-  Lock* lock = new (std::nothrow) Lock;
-  if (lock == nullptr) return nullptr;
-  pthread_mutexattr_t attributes;
-  pthread_mutexattr_init(&attributes);
-  pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-  pthread_mutex_init(&lock->mutex, &attributes);
-  pthread_mutexattr_destroy(&attributes);
-  return lock;
+namespace {
+
+bool TryTake(Lock* lock) {
+  std::uint32_t expected = kFree;
+  return lock->state.compare_exchange_strong(expected, kHeld, std::memory_order_acquire,
+                                             std::memory_order_relaxed);
 }
 
-void lock_destroy(Lock* lock) {
-  if (lock == nullptr) return;
-  pthread_mutex_destroy(&lock->mutex);
-  delete lock;
+// Spins for a moment, since locks are held for a moment, and sleeps then.
+void TakeContended(Lock* lock) {
+  for (int spins = 0; spins < kSpins; ++spins) {
+    if (lock->state.load(std::memory_order_relaxed) == kFree && TryTake(lock)) return;
+    spin_pause();
+  }
+  while (lock->state.exchange(kContended, std::memory_order_acquire) != kFree) {
+    futex_wait(&lock->state, kContended, nullptr, FutexScope::kProcess);
+  }
 }
+
+}  // namespace
+
+Lock* lock_create() { return new (std::nothrow) Lock; }
+
+void lock_destroy(Lock* lock) { delete lock; }
 
 void lock_enter(Lock* lock) {
-  if (lock != nullptr) pthread_mutex_lock(&lock->mutex);
+  if (lock == nullptr) return;
+  const std::uint32_t self = CurrentThread();
+  if (lock->owner.load(std::memory_order_relaxed) == self) {
+    ++lock->depth;
+    return;
+  }
+  if (!TryTake(lock)) TakeContended(lock);
+  lock->owner.store(self, std::memory_order_relaxed);
 }
 
 void lock_leave(Lock* lock) {
-  if (lock != nullptr) pthread_mutex_unlock(&lock->mutex);
+  if (lock == nullptr) return;
+  if (lock->owner.load(std::memory_order_relaxed) != CurrentThread()) return;
+  if (lock->depth > 0) {
+    --lock->depth;
+    return;
+  }
+  lock->owner.store(0, std::memory_order_relaxed);
+  // Only the address is used once the lock is free: its next holder may destroy it.
+  if (lock->state.exchange(kFree, std::memory_order_release) == kContended) {
+    futex_wake(&lock->state, 1, FutexScope::kProcess);
+  }
 }
 
 }  // namespace platform
