@@ -17,9 +17,6 @@ void LinkBefore(MP_QueueLink* link, MP_QueueLink* behind) {
   behind->previous = link;
 }
 
-// How many records a queue keeps for items to come, which spares the allocator most calls.
-constexpr std::uint32_t kMaxSpares = 1024;
-
 MP_QueueItem* ItemOf(MP_QueueLink* link) { return static_cast<MP_QueueItem*>(link); }
 
 // Sorts `from` by merging runs of doubling width to and fro between the two arrays, and
@@ -133,13 +130,12 @@ MP_Queue::MP_Queue(bool locked, bool signalling) {
 
 MP_Queue::~MP_Queue() {
   RemoveAll();
-  while (spares_ != nullptr) delete ItemOf(std::exchange(spares_, spares_->next));
   platform::event_destroy(event_);
 }
 
 void MP_Queue::Init(bool locked, bool signalling) {
   if (count_ != 0) return;
-  lock_.reset(locked ? new (std::nothrow) MP_Lock : nullptr);
+  lock_.reset(locked || signalling ? new (std::nothrow) MP_Lock : nullptr);
   platform::event_destroy(event_);
   event_ = signalling ? platform::event_create() : nullptr;
 }
@@ -166,23 +162,10 @@ MP_QueueItem* MP_Queue::FindItem(std::int32_t index) {
   return ItemOf(target == &tail_ ? tail_.previous : target);
 }
 
-MP_QueueItem* MP_Queue::NewItem(Kalvo_QueueObject* object, Kalvo_Queue* owner) {
-  if (spares_ == nullptr) return new (std::nothrow) MP_QueueItem(object, owner);
-  MP_QueueItem* item = ItemOf(std::exchange(spares_, spares_->next));
-  --spareCount_;
-  item->object = object;
-  item->owner = owner;
-  return item;
-}
-
-void MP_Queue::FreeItem(MP_QueueItem* item) {
-  if (spareCount_ == kMaxSpares) {
-    delete item;
-    return;
-  }
-  item->next = spares_;
-  spares_ = item;
-  ++spareCount_;
+// True if event_wake must follow.
+bool MP_Queue::SetSignal() {
+  signalled_ = true;
+  return waiters_ != 0 && platform::event_signal(event_);
 }
 
 // True if event_wake must follow.
@@ -190,13 +173,13 @@ bool MP_Queue::PutIn(MP_QueueItem* item, MP_QueueLink* behind) {
   item->object->item_ = item;
   item->object->queue_.store(this, std::memory_order_release);
   LinkBefore(item, behind);
-  // With items in it the queue is signalled already.
-  return ++count_ == 1 && event_ != nullptr && platform::event_signal(event_);
+  ++count_;
+  return SetSignal();
 }
 
 void MP_Queue::TakeOut(MP_QueueItem* item) {
   Unlink(item);
-  if (--count_ == 0 && event_ != nullptr) platform::event_reset(event_);
+  if (--count_ == 0) signalled_ = false;
   item->object->item_ = nullptr;
   item->object->queue_.store(nullptr, std::memory_order_release);
 }
@@ -204,7 +187,7 @@ void MP_Queue::TakeOut(MP_QueueItem* item) {
 Kalvo_QueueObject* MP_Queue::TakeOutAndFree(MP_QueueItem* item) {
   Kalvo_QueueObject* object = item->object;
   TakeOut(item);
-  FreeItem(item);
+  items_.Free(item);
   return object;
 }
 
@@ -217,7 +200,7 @@ Kalvo_QueueObject* MP_Queue::InsertItemAt(Kalvo_QueueObject* object, std::int32_
   bool wake;
   {
     Guard guard(this);
-    MP_QueueItem* item = NewItem(object, owner);
+    MP_QueueItem* item = items_.New(object, owner);
     if (item == nullptr) return nullptr;
     wake = PutIn(item, Target(index));
   }
@@ -236,15 +219,13 @@ Kalvo_QueueObject* MP_Queue::RemoveItemAt(std::int32_t index, std::int32_t ms) {
 
 // A queue with items is signalled, so it need not be waited for.
 Kalvo_QueueObject* MP_Queue::Access(std::int32_t index, std::int32_t ms, bool remove) {
-  for (bool mayWait = ms > 0;; mayWait = false) {
-    {
-      Guard guard(this);
-      if (MP_QueueItem* item = FindItem(index)) {
-        return remove ? TakeOutAndFree(item) : item->object;
-      }
-    }
-    if (!mayWait || WaitData(ms) != 0) return nullptr;
+  Guard guard(this);
+  MP_QueueItem* item = FindItem(index);
+  if (item == nullptr && ms > 0 && WaitUnlocked(ms) == platform::kWaitSignalled) {
+    item = FindItem(index);
   }
+  if (item == nullptr) return nullptr;
+  return remove ? TakeOutAndFree(item) : item->object;
 }
 
 std::uint32_t MP_Queue::GetItemCount() {
@@ -255,16 +236,25 @@ std::uint32_t MP_Queue::GetItemCount() {
 void MP_Queue::RemoveAll() {
   Guard guard(this);
   while (count_ != 0) delete TakeOutAndFree(ItemOf(head_.next));
-  platform::event_reset(event_);
+  signalled_ = false;
 }
 
 int MP_Queue::WaitData(std::int32_t ms) {
-  if (event_ == nullptr) return 0;
-  const std::uint32_t result = platform::event_wait(event_, static_cast<std::uint32_t>(ms));
-  // Whoever was woken may destroy the queue, and the thread that woke it must have let go
-  // by then.
   Guard guard(this);
-  return static_cast<int>(result);
+  return static_cast<int>(WaitUnlocked(ms));
+}
+
+// Lets go of the lock for the wait and has it again at the end: whoever was woken may
+// destroy the queue, and the thread that woke it must have let go by then.
+std::uint32_t MP_Queue::WaitUnlocked(std::int32_t ms) {
+  if (signalled_ || event_ == nullptr) return platform::kWaitSignalled;
+  platform::event_reset(event_);  // wakes nobody and leaves those awake who were woken
+  ++waiters_;
+  Unlock(this);
+  const std::uint32_t result = platform::event_wait(event_, static_cast<std::uint32_t>(ms));
+  Lock(this);
+  --waiters_;
+  return result;
 }
 
 void MP_Queue::Signal() {
@@ -272,7 +262,7 @@ void MP_Queue::Signal() {
   bool wake;
   {
     Guard guard(this);
-    wake = platform::event_signal(event_);
+    wake = SetSignal();
   }
   if (wake) platform::event_wake(event);
 }
@@ -328,7 +318,7 @@ Kalvo_QueueObject* MP_Queue::AddBeside(Kalvo_QueueObject* place, Kalvo_QueueObje
   const ObjectGuard guard(place);
   MP_Queue* queue = guard.queue();
   if (queue == nullptr) return nullptr;  // another thread took `place` out in between
-  MP_QueueItem* item = queue->NewItem(object, place->item_->owner);
+  MP_QueueItem* item = queue->items_.New(object, place->item_->owner);
   if (item == nullptr) return nullptr;
   queue->PutIn(item, after ? place->item_->next : place->item_);
   return object;

@@ -1,4 +1,4 @@
-// The list behind Kalvo_Queue, and the record that ties one object to it.
+// The list behind Kalvo_Queue.
 
 #ifndef KALVOBASE_SRC_CONCURRENCY_MP_QUEUE_H_
 #define KALVOBASE_SRC_CONCURRENCY_MP_QUEUE_H_
@@ -7,24 +7,9 @@
 #include <memory>
 
 #include "concurrency/mp_lock.h"
+#include "concurrency/mp_queue_item.h"
 #include "kalvobase/queue.h"
 #include "platform/event.h"
-
-// A place in the list. The two ends are links without a record.
-struct MP_QueueLink {
-  MP_QueueLink* next = nullptr;      // null in the tail
-  MP_QueueLink* previous = nullptr;  // null in the head
-};
-
-// Belongs to its object from the moment that this is put in a queue until it leaves it.
-class MP_QueueItem : public MP_QueueLink {
- public:
-  MP_QueueItem(Kalvo_QueueObject* itemObject, Kalvo_Queue* itemOwner)
-      : object(itemObject), owner(itemOwner) {}
-
-  Kalvo_QueueObject* object;
-  Kalvo_Queue* owner;  // the handle through which the object came
-};
 
 // Every operation takes the queue's lock itself, if it has one. The static ones act on an
 // object in whatever queue it is.
@@ -74,8 +59,8 @@ class MP_Queue {
   // These expect the lock to be held.
   MP_QueueLink* Target(std::int32_t index);
   MP_QueueItem* FindItem(std::int32_t index);
-  MP_QueueItem* NewItem(Kalvo_QueueObject* object, Kalvo_Queue* owner);
-  void FreeItem(MP_QueueItem* item);
+  std::uint32_t WaitUnlocked(std::int32_t ms);
+  bool SetSignal();
   bool PutIn(MP_QueueItem* item, MP_QueueLink* behind);
   void TakeOut(MP_QueueItem* item);
   Kalvo_QueueObject* TakeOutAndFree(MP_QueueItem* item);
@@ -83,13 +68,17 @@ class MP_Queue {
   MP_QueueLink head_;
   MP_QueueLink tail_;
   std::uint32_t count_ = 0;
-  std::uint32_t spareCount_ = 0;
-  MP_QueueLink* spares_ = nullptr;  // records without an object, chained by `next`
+  MP_QueueItemPool items_;
 
-  // Null where the queue was made without. The event is signalled while count_ is not 0,
-  // and by Signal; it changes under the lock only.
+  // Null where the queue was made without. A queue with a signal has a lock in any case,
+  // since its waiters do not come under the lock of a host.
   std::unique_ptr<MP_Lock> lock_;
   platform::Event* event_ = nullptr;
+
+  // The state of the signal: set while count_ is not 0, and by Signal. The event is only
+  // there to block waiters, and lags behind while there are none.
+  bool signalled_ = false;
+  std::uint32_t waiters_ = 0;
 };
 
 #endif  // KALVOBASE_SRC_CONCURRENCY_MP_QUEUE_H_

@@ -50,10 +50,7 @@ std::uint32_t event_wait(Event* event, std::uint32_t ms) {
   if (ms == 0) return kWaitTimedOut;
   // A thread that is about to set the event does so sooner than the kernel could put this
   // one to sleep and wake it again.
-  for (int spins = 0; spins < kSpins; ++spins) {
-    if (event->word.load(std::memory_order_acquire) != seen) return kWaitSignalled;
-    spin_pause();
-  }
+  if (spin_until([&] { return event->word.load() != seen; })) return kWaitSignalled;
 
   const timespec deadline = ms == kNoLimit ? timespec() : deadline_after(ms);
   event->sleepers.fetch_add(1);

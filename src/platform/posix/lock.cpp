@@ -41,10 +41,9 @@ bool TryTake(Lock* lock) {
 
 // Spins for a moment, since locks are held for a moment, and sleeps then.
 void TakeContended(Lock* lock) {
-  for (int spins = 0; spins < kSpins; ++spins) {
-    if (lock->state.load(std::memory_order_relaxed) == kFree && TryTake(lock)) return;
-    spin_pause();
-  }
+  const bool taken = spin_until(
+      [lock] { return lock->state.load(std::memory_order_relaxed) == kFree && TryTake(lock); });
+  if (taken) return;
   while (lock->state.exchange(kContended, std::memory_order_acquire) != kFree) {
     futex_wait(&lock->state, kContended, nullptr, FutexScope::kProcess);
   }
