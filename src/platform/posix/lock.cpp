@@ -1,12 +1,10 @@
 #include "platform/lock.h"
 
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <new>
 
 #include "platform/posix/futex.h"
 #include "platform/posix/spin.h"
+#include "platform/posix/thread_number.h"
 
 namespace platform {
 namespace {
@@ -14,14 +12,6 @@ namespace {
 constexpr std::uint32_t kFree = 0;
 constexpr std::uint32_t kHeld = 1;
 constexpr std::uint32_t kContended = 2;  // held, and somebody may sleep
-
-// The kernel's number of the calling thread. After a fork the child's only thread goes on
-// with the number that it had, which no other thread of the child can get.
-std::uint32_t CurrentThread() {
-  __attribute__((tls_model("initial-exec"))) static thread_local std::uint32_t number = 0;
-  if (number == 0) number = static_cast<std::uint32_t>(syscall(SYS_gettid));
-  return number;
-}
 
 }  // namespace
 
@@ -57,7 +47,7 @@ void lock_destroy(Lock* lock) { delete lock; }
 
 void lock_enter(Lock* lock) {
   if (lock == nullptr) return;
-  const std::uint32_t self = CurrentThread();
+  const std::uint32_t self = remembered_thread_number();
   if (lock->owner.load(std::memory_order_relaxed) == self) {
     ++lock->depth;
     return;
@@ -68,7 +58,7 @@ void lock_enter(Lock* lock) {
 
 void lock_leave(Lock* lock) {
   if (lock == nullptr) return;
-  if (lock->owner.load(std::memory_order_relaxed) != CurrentThread()) return;
+  if (lock->owner.load(std::memory_order_relaxed) != remembered_thread_number()) return;
   if (lock->depth > 0) {
     --lock->depth;
     return;

@@ -10,6 +10,7 @@
 
 #include "platform/posix/deadline.h"
 #include "platform/posix/named_object.h"
+#include "platform/posix/thread_number.h"
 
 // The thread sanitizer knows every lock call but the one with a clock of its own choice.
 // These are its announcements; they are there only in a process that runs under it.
@@ -23,6 +24,8 @@ namespace {
 
 struct SharedMutex {
   pthread_mutex_t mutex;
+  std::atomic<std::uint32_t> owner;  // the thread that holds it, or 0
+  std::uint32_t levels;              // how often it holds it; the owner's own
   // The process that took the mutex last. Only looked at while somebody holds it.
   std::atomic<pid_t> lastProcess;
 };
@@ -40,6 +43,10 @@ struct Mutex {
   SharedMutex local;
   Mutex* nextParked;
 
+  // A number that a fork copied would claim what another process holds.
+  std::uint32_t caller() const {
+    return named != nullptr ? thread_number() : remembered_thread_number();
+  }
   SharedMutex* shared() {
     return named != nullptr ? static_cast<SharedMutex*>(named_memory(named)) : &local;
   }
@@ -57,7 +64,13 @@ bool Initialise(SharedMutex* shared, bool named, bool owned) {
   pthread_mutexattr_destroy(&attributes);
   if (!made) return false;
   shared->lastProcess = getpid();
-  if (owned) pthread_mutex_lock(&shared->mutex);
+  shared->owner = 0;
+  shared->levels = 0;
+  if (owned) {
+    pthread_mutex_trylock(&shared->mutex);  // nobody else can have it yet
+    shared->owner = named ? thread_number() : remembered_thread_number();
+    shared->levels = 1;
+  }
   return true;
 }
 
@@ -147,9 +160,11 @@ std::uint32_t mutex_wait(Mutex* mutex, std::uint32_t ms) {
   }
   switch (result) {
     case 0:
+      ++shared->levels;
       break;
     case EOWNERDEAD:
       pthread_mutex_consistent(&shared->mutex);
+      shared->levels = 1;
       break;
     case EBUSY:
     case ETIMEDOUT:
@@ -157,10 +172,16 @@ std::uint32_t mutex_wait(Mutex* mutex, std::uint32_t ms) {
     default:
       return kWaitFailed;
   }
+  shared->owner = mutex->caller();
   if (mutex->named != nullptr) shared->lastProcess = getpid();
   return result == 0 ? kWaitSignalled : kWaitAbandoned;
 }
 
-bool mutex_release(Mutex* mutex) { return pthread_mutex_unlock(&mutex->shared()->mutex) == 0; }
+bool mutex_release(Mutex* mutex) {
+  SharedMutex* shared = mutex->shared();
+  if (shared->owner != mutex->caller()) return false;
+  if (--shared->levels == 0) shared->owner = 0;
+  return pthread_mutex_unlock(&shared->mutex) == 0;
+}
 
 }  // namespace platform

@@ -1,0 +1,173 @@
+// Mutexes, in one process and between processes.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "kalvobase/waitable.h"
+#include "support/processes.h"
+#include "support/stopwatch.h"
+
+namespace {
+
+using support::Child;
+using support::UniqueName;
+
+int InOtherThread(Kalvo_Mutex* mutex, int ms) {
+  int result = -1;
+  std::thread([&] {
+    result = mutex->Lock(ms);
+    if (result == 1) mutex->Unlock();
+  }).join();
+  return result;
+}
+
+TEST(Mutex, BeforeInit) {
+  Kalvo_Mutex mutex;
+  EXPECT_EQ(mutex.IsValid() + mutex.Lock(0) + mutex.Lock(-1) + mutex.Unlock() + mutex.IsLocked(),
+            0);
+}
+
+TEST(Mutex, CountsLevels) {
+  Kalvo_Mutex mutex;
+  EXPECT_EQ(mutex.Init(1, nullptr), 1);
+  EXPECT_EQ(mutex.IsValid(), 1);
+  EXPECT_EQ(mutex.Lock(-1), 1);
+  EXPECT_EQ(mutex.IsLocked(), 0);  // not by another thread
+  EXPECT_EQ(InOtherThread(&mutex, 0), 0);
+  EXPECT_EQ(InOtherThread(&mutex, 20), 0);
+  EXPECT_EQ(mutex.Unlock(), 1);
+  EXPECT_EQ(InOtherThread(&mutex, 0), 0);
+  EXPECT_EQ(mutex.Unlock(), 1);
+  EXPECT_EQ(mutex.Unlock(), 0);
+  EXPECT_EQ(mutex.IsLocked(), 0);
+  EXPECT_EQ(InOtherThread(&mutex, 0), 1);  // asking did not take it
+  std::thread([&] { EXPECT_EQ(mutex.Unlock(), 0); }).join();
+}
+
+TEST(Mutex, PassesOnWhenItsOwnersThreadEnds) {
+  Kalvo_Mutex mutex;
+  mutex.Init(0, nullptr);
+  std::thread([&] { EXPECT_EQ(mutex.Lock(-1), 1); }).join();
+  EXPECT_EQ(mutex.Lock(1000), 0);  // abandoned, and held
+  EXPECT_EQ(InOtherThread(&mutex, 0), 0);
+  EXPECT_EQ(mutex.Unlock(), 1);
+  EXPECT_EQ(mutex.Lock(0), 1);
+}
+
+// The memory of a mutex must outlive its owner's hold on it, whatever the host does.
+TEST(Mutex, DestroyedWhileAnotherThreadHoldsIt) {
+  for (const bool named : {false, true}) {
+    std::string name = named ? UniqueName("parked") : "";
+    auto mutex = std::make_unique<Kalvo_Mutex>();
+    mutex->Init(0, &name[0]);
+    Kalvo_Event locked(1, 0, nullptr);
+    Kalvo_Event go(1, 0, nullptr);
+    std::thread owner([&] {
+      mutex->Lock(-1);
+      locked.Set();
+      go.Wait(0xFFFFFFFF);
+    });
+    locked.Wait(0xFFFFFFFF);
+    mutex.reset();
+    go.Set();
+    owner.join();
+    Kalvo_Mutex next;
+    EXPECT_EQ(next.Init(0, nullptr), 1);
+  }
+}
+
+TEST(Mutex, OneObjectForOneName) {
+  std::string name = UniqueName("one");
+  Kalvo_Mutex a;
+  Kalvo_Mutex b;
+  EXPECT_EQ(a.Init(1, &name[0]), 1);
+  EXPECT_EQ(b.Init(1, &name[0]), 1);  // it exists, so nothing is taken
+  EXPECT_EQ(b.Unlock(), 1);
+  EXPECT_EQ(b.Unlock(), 0);
+  EXPECT_EQ(a.Lock(0), 1);
+  EXPECT_EQ(InOtherThread(&b, 0), 0);
+  {
+    Kalvo_Mutex third;
+    third.Init(0, &name[0]);
+  }
+  EXPECT_EQ(InOtherThread(&b, 0), 0);  // a handle less changes nothing
+  EXPECT_EQ(a.Init(0, &name[0]), 1);
+  EXPECT_EQ(b.Unlock(), 1);
+  Kalvo_Semaphore semaphore;
+  EXPECT_EQ(semaphore.Init(0, 1, &name[0]), 0);  // a name of another kind
+}
+
+TEST(Mutex, AbandonedByAKilledProcess) {
+  std::string name = UniqueName("abandoned");
+  Kalvo_Mutex mutex;
+  ASSERT_EQ(mutex.Init(0, &name[0]), 1);
+  Child owner([&](Child& self) {
+    Kalvo_Mutex mine;
+    if (mine.Init(0, &name[0]) != 1 || mine.Lock(-1) != 1) _exit(1);
+    self.Ready();
+    self.WaitForTheEnd();
+  });
+  owner.WaitUntilReady();
+  EXPECT_EQ(mutex.IsLocked(), 1);
+  EXPECT_EQ(mutex.Lock(20), 0);
+  int result = -1;
+  support::Stopwatch watch;
+  std::thread waiter([&] {
+    result = mutex.Lock(60000);
+    EXPECT_EQ(mutex.Unlock(), 1);  // it was taken all the same
+  });
+  owner.Kill();
+  waiter.join();
+  EXPECT_EQ(result, 0);
+  EXPECT_LT(watch.Milliseconds(), 30000);
+  EXPECT_EQ(mutex.Lock(0), 1);
+}
+
+TEST(Mutex, NamesGoWithTheirLastUser) {
+  std::string name = UniqueName("gone");
+  {
+    Kalvo_Mutex mutex;
+    ASSERT_EQ(mutex.Init(1, &name[0]), 1);
+    Child other([&](Child&) {
+      Kalvo_Mutex mine;
+      mine.Init(0, &name[0]);
+      _exit(mine.IsLocked());
+    });
+    EXPECT_EQ(other.Join(), 1);
+  }
+  Kalvo_Semaphore semaphore;
+  EXPECT_EQ(semaphore.Init(2, 3, &name[0]), 1);  // free again, for any kind
+}
+
+TEST(Mutex, NamesGoWithAKilledUser) {
+  std::string name = UniqueName("killed");
+  Child user([&](Child& self) {
+    Kalvo_Mutex mine;
+    if (mine.Init(1, &name[0]) != 1) _exit(1);
+    self.Ready();
+    self.WaitForTheEnd();
+  });
+  user.WaitUntilReady();
+  user.Kill();
+  Kalvo_Mutex mutex;
+  ASSERT_EQ(mutex.Init(0, &name[0]), 1);
+  EXPECT_EQ(mutex.Lock(0), 1);  // a new one, not an abandoned one
+}
+
+TEST(Mutex, NamesHoldAnyBytes) {
+  const std::string base = UniqueName("any");
+  for (const std::string& tail : {std::string("/../../x"), std::string("\\Global\\y z"),
+                                  std::string("\n\xFF%s"), std::string(5000, 'n')}) {
+    std::string name = base + tail;
+    Kalvo_Mutex mutex;
+    EXPECT_EQ(mutex.Init(1, &name[0]), 1);
+    Kalvo_Mutex same;
+    EXPECT_EQ(same.Init(0, &name[0]), 1);
+    EXPECT_EQ(InOtherThread(&same, 0), 0);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+// The exported interface as a host is compiled against it: shapes, slots and overloads.
+
+#include <gtest/gtest.h>
+#include <kalvobase/kalvobase.h>
+
+#include <cstdarg>
+#include <string>
+#include <type_traits>
+
+namespace {
+
+template <class T>
+constexpr bool IsPlainHandle() {
+  return sizeof(T) == 2 * sizeof(void*) && std::has_virtual_destructor<T>::value;
+}
+
+static_assert(IsPlainHandle<Kalvo_String>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Exception>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Lock>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Event>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Mutex>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Semaphore>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Queue>(), "a handle is two pointers");
+static_assert(sizeof(Kalvo_QueueObject) == 3 * sizeof(void*), "the base of all items");
+static_assert(sizeof(Kalvo_StringArray) == sizeof(void*), "no virtual table");
+static_assert(sizeof(Kalvo_AutoLock) == sizeof(void*), "no virtual table");
+static_assert(!std::is_polymorphic<Kalvo_Counter>::value, "no virtual table");
+static_assert(sizeof(Kalvo_Long) == 4 && sizeof(Kalvo_ULong) == 4, "32 bits everywhere");
+static_assert(sizeof(Kalvo_BaseLock) == sizeof(void*), "a stateless base");
+static_assert(sizeof(Kalvo_BaseEvent) == sizeof(void*), "a stateless base");
+
+// Overloads by their exact types.
+constexpr Kalvo_String* (Kalvo_String::*kReplaceByte)(char, char) = &Kalvo_String::replace;
+constexpr Kalvo_String* (Kalvo_String::*kOverwrite)(int, const char*, int) = &Kalvo_String::replace;
+constexpr int (Kalvo_String::*kReplaceText)(int, const char*, const char*) = &Kalvo_String::replace;
+constexpr char (Kalvo_String::*kIndex)(int) const = &Kalvo_String::operator[];
+constexpr int (Kalvo_String::*kWriteLong)(unsigned long) = &Kalvo_String::Write;
+constexpr Kalvo_String* (Kalvo_String::*kAddch)(char, int) = &Kalvo_String::addch;
+constexpr int (Kalvo_Mutex::*kInitMutex)(int, char*) = &Kalvo_Mutex::Init;
+constexpr unsigned long (Kalvo_Semaphore::*kWait)(int) = &Kalvo_Semaphore::Wait;
+constexpr unsigned long (*kHashShort)(unsigned short) = &Kalvo_HashKey;
+constexpr unsigned long (*kToValue)(const char*, long&) = &NB_ToValue;
+constexpr void (*kInit)() = &klbase_init;
+
+TEST(Interface, OverloadsAreThere) {
+  Kalvo_String s("abc");
+  (s.*kReplaceByte)('a', 'x');
+  (s.*kOverwrite)(1, "y", -1);
+  EXPECT_EQ((s.*kReplaceText)(0, "c", "zz"), 4);
+  EXPECT_EQ((s.*kIndex)(3), 'z');
+  EXPECT_EQ((s.*kWriteLong)(1), 4);
+  EXPECT_EQ((s.*kAddch)('!', 1), &s);
+  Kalvo_Mutex mutex;
+  EXPECT_EQ((mutex.*kInitMutex)(0, nullptr), 1);
+  Kalvo_Semaphore semaphore;
+  EXPECT_EQ((semaphore.*kWait)(0), 0xFFFFFFFFul);
+  EXPECT_EQ(kHashShort(32), 2u);
+  long value = 0;
+  EXPECT_EQ(kToValue("\xFF\xFF\xFF\xFE", value), 4u);
+  EXPECT_EQ(value, -2);
+  kInit();  // a second one changes nothing
+}
+
+// Virtual calls land in the slots of the base.
+class TracingLock : public Kalvo_BaseLock {
+ public:
+  void Lock() override { trace += 'L'; }
+  void Unlock() override { trace += 'U'; }
+  std::string trace;
+};
+
+class TracingEvent : public Kalvo_BaseEvent {
+ public:
+  int Set() override { return 11; }
+  int Reset() override { return 12; }
+  int Wait(unsigned long ms) override { return static_cast<int>(ms); }
+};
+
+class TypedItem : public Kalvo_QueueObject {
+ public:
+  int GetType() override { return 42; }
+  const char* GetTypename(Kalvo_String* out) override { return out->strcpy("typed")->c_str(); }
+};
+
+TEST(Interface, VirtualCalls) {
+  TracingLock lock;
+  { Kalvo_AutoLock guard(&lock); }
+  EXPECT_EQ(lock.trace, "LU");
+  TracingEvent event;
+  Kalvo_BaseEvent* base = &event;
+  EXPECT_EQ(base->Set() + base->Reset() + base->Wait(7), 30);
+  Kalvo_Queue queue(0, 0);
+  queue.AddItemAtTail(new TypedItem);
+  Kalvo_String name;
+  EXPECT_EQ(queue.PeekHead(0)->GetType(), 42);
+  EXPECT_STREQ(queue.PeekHead(0)->GetTypename(&name), "typed");
+}
+
+TEST(Interface, ArraysAndSharedHandles) {
+  Kalvo_Event events[2];
+  EXPECT_EQ(events[1].Wait(0), 0);
+  Kalvo_Queue queues[2];
+  EXPECT_EQ(queues[0].WaitData(0), 258);
+  // Two handles of one event. Assignment leaves what the left side had to nobody, so it is
+  // kept here; and only one of the two is destroyed.
+  alignas(Kalvo_Event) unsigned char storage[sizeof(Kalvo_Event)];
+  Kalvo_Event* shared = new (storage) Kalvo_Event(events[0]);
+  events[0].Reset();
+  EXPECT_EQ(shared->Wait(0), 258);
+  *shared = events[1];
+  EXPECT_EQ(shared->Wait(0), 0);
+}
+
+}  // namespace
