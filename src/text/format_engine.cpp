@@ -33,6 +33,8 @@ struct Conversion {
 // Beyond this no field can be stored; well below it sums of sizes do not overflow.
 constexpr std::int64_t kMaxField = INT_MAX - 64;
 
+constexpr int kMaxSignificantDigits = 1100;
+
 constexpr int kPlainSlack = 16;
 constexpr int kLongSlack = 32;
 constexpr int kFloatSlack = 42;
@@ -318,8 +320,10 @@ void Engine::PutByLibrary(const Conversion& conversion, T value) {
   *end = '\0';
 
   const std::int64_t width = std::min(conversion.width, kMaxField);
-  const int precision = conversion.hasPrecision ? conversion.precision : -1;
-  std::int64_t room = width + kFloatSlack;
+  int precision = conversion.hasPrecision ? conversion.precision : -1;
+  // No double has more significant digits, and %g prints no zeros behind the last.
+  if (conversion.kind == 'g') precision = std::min(precision, kMaxSignificantDigits);
+  std::int64_t room = std::max<std::int64_t>(width, precision) + kFloatSlack;
   for (;;) {
     if (!Reserve(room)) return;
     const int written = std::snprintf(core_->End(), static_cast<std::size_t>(room) + 1, format,

@@ -14,6 +14,7 @@
 #include "kalvobase/process.h"
 #include "kalvobase/waitable.h"
 #include "support/stopwatch.h"
+#include "support/threads.h"
 
 namespace {
 
@@ -59,37 +60,32 @@ TEST(Event, TheHandleBlocksUntilTheFirstSet) {
 TEST(Event, OneSetWakesAllThatWait) {
   for (const int manual : {0, 1}) {
     Kalvo_Event event(manual, 0, nullptr);
-    std::atomic<int> waiting{0};
+    support::Sleeper sleepers[4];
     std::atomic<int> woken{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
+    for (support::Sleeper& sleeper : sleepers) {
       threads.emplace_back([&] {
-        ++waiting;
+        sleeper.AboutToBlock();
         if (event.Wait(kLong) == 0) ++woken;
       });
     }
-    while (waiting < 4) std::this_thread::yield();
-    // They may not block yet, so a late one needs a Set of its own.
-    while (woken < 4) {
-      event.Set();
-      event.Reset();
-      Kalvo_Thread_Sleep(5);
-    }
+    for (const support::Sleeper& sleeper : sleepers) sleeper.WaitUntilAsleep();
+    event.Set();
     for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(woken, 4);
   }
 }
 
 TEST(Event, ASetAndResetDoesNotLoseThoseWhoBlock) {
   platform::Event* event = platform::event_create();
   for (int round = 0; round < 200; ++round) {
-    std::atomic<bool> blocked{false};
+    support::Sleeper sleeper;
     std::uint32_t result = platform::kWaitFailed;
     std::thread waiter([&] {
-      blocked = true;
+      sleeper.AboutToBlock();
       result = platform::event_wait(event, kLong);
     });
-    while (!blocked) std::this_thread::yield();
-    Kalvo_Thread_Sleep(1);
+    sleeper.WaitUntilAsleep();
     platform::event_set(event);
     platform::event_reset(event);
     waiter.join();

@@ -10,6 +10,7 @@
 
 #include "kalvobase/waitable.h"
 #include "support/processes.h"
+#include "support/threads.h"
 
 namespace {
 
@@ -55,15 +56,13 @@ TEST(Semaphore, ItsEndLetsOneWaiterOut) {
   for (int round = 0; round < 200; ++round) {
     auto semaphore = std::make_unique<Kalvo_Semaphore>();
     semaphore->Init(0, 1, nullptr);
-    Kalvo_Event waiting(1, 0, nullptr);
+    support::Sleeper sleeper;
     unsigned long result = 1;
-    std::thread waiter([&] {
-      Kalvo_Semaphore* raw = semaphore.get();
-      waiting.Set();
+    std::thread waiter([&, raw = semaphore.get()] {
+      sleeper.AboutToBlock();
       result = raw->Wait(60000);
     });
-    waiting.Wait(0xFFFFFFFF);
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    sleeper.WaitUntilAsleep();
     semaphore.reset();
     waiter.join();
     EXPECT_EQ(result, 0u);
@@ -89,13 +88,11 @@ TEST(Semaphore, BetweenProcesses) {
     Kalvo_Semaphore mine;
     if (mine.Init(9, 9, &name[0]) != 1) _exit(1);  // the counts of the first one stay
     self.Ready();
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
     _exit(mine.Post(10) == 1 && mine.Post(1) == 0 ? 0 : 2);
   });
   poster.WaitUntilReady();
-  EXPECT_EQ(semaphore.Wait(60000), 0u);
   EXPECT_EQ(poster.Join(), 0);
-  for (int i = 0; i < 9; ++i) EXPECT_EQ(semaphore.Wait(0), 0u);
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(semaphore.Wait(60000), 0u);
   EXPECT_EQ(semaphore.Wait(0), 258u);
 }
 
