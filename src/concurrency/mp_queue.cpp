@@ -180,7 +180,8 @@ bool MP_Queue::PutIn(MP_QueueItem* item, MP_QueueLink* behind) {
 void MP_Queue::TakeOut(MP_QueueItem* item) {
   Unlink(item);
   if (--count_ == 0) signalled_ = false;
-  item->object->item_ = nullptr;
+  // The analyser does not follow the links and takes every first item for the same one.
+  item->object->item_ = nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDelete)
   item->object->queue_.store(nullptr, std::memory_order_release);
 }
 

@@ -67,7 +67,8 @@ bool Initialise(SharedMutex* shared, bool named, bool owned) {
   shared->owner = 0;
   shared->levels = 0;
   if (owned) {
-    pthread_mutex_trylock(&shared->mutex);  // nobody else can have it yet
+    // Nobody else can have it yet.
+    if (pthread_mutex_trylock(&shared->mutex) != 0) return false;
     shared->owner = named ? thread_number() : remembered_thread_number();
     shared->levels = 1;
   }
