@@ -65,6 +65,21 @@ TEST(String, CapacityGrowsInItsSteps) {
   EXPECT_EQ(Capacity(&bytes), 512);
 }
 
+// Two strings that grow in turns stand in each other's way. Each of them may move now and
+// then, not with every step of its capacity.
+TEST(String, GrowthMovesTheBlockSeldom) {
+  MP_String strings[2];
+  const char* blocks[2] = {};
+  int moves = 0;
+  for (int i = 0; i < 8 << 20; ++i) {
+    MP_String& s = strings[i % 2];
+    s.PutByte('x');
+    if (s.Content() != blocks[i % 2]) ++moves;
+    blocks[i % 2] = s.Content();
+  }
+  EXPECT_LT(moves, 100);
+}
+
 TEST(String, CountedForms) {
   Kalvo_String s;
   EXPECT_EQ(Content(*s.strncpy("abc", -1)), "abc");
