@@ -33,7 +33,8 @@ KALVO_API const char* Kalvo_GetExePath(Kalvo_String* s);
 KALVO_API const char* Kalvo_GetExeBaseName(Kalvo_String* s);
 
 // Suspends the calling thread for `ms` milliseconds, of which the low 32 bits
-// count. Neither signals nor a change of the wall clock cut it short.
+// count: 0 only gives up the thread's turn, 0xFFFFFFFF sleeps for ever. Neither signals nor
+// a change of the wall clock cut it short.
 KALVO_API void Kalvo_Thread_Sleep(unsigned long ms);
 
 // Milliseconds of a steady clock, 0 to 0xFFFFFFFF, wrapping after 49.7 days.

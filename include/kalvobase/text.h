@@ -14,8 +14,7 @@
 //
 // Null texts count as empty ones unless an operation tells otherwise. A pointer
 // that a string hands out is good until the next call on that string that can edit
-// it, c_str included. It may be given back to the same string as an argument; sprintf
-// and vsprintf empty the string before they read their arguments.
+// it, c_str included. It may be given back to the same string as an argument.
 //
 // One object belongs to one thread at a time, its const operations included: c_str
 // writes the terminator, ToInt trims.

@@ -81,7 +81,8 @@ class KALVO_API Kalvo_Mutex {
   Kalvo_Mutex(const Kalvo_Mutex& other);
   Kalvo_Mutex& operator=(const Kalvo_Mutex& other);
 
-  // Gives the mutex back. Levels that the calling thread holds are released first.
+  // Gives the mutex back. If no other handle of this process has it, levels that the
+  // calling thread holds are released first.
   virtual ~Kalvo_Mutex();
 
   // Makes or opens the mutex. `owned` not 0: a mutex that this call makes is held
@@ -102,7 +103,8 @@ class KALVO_API Kalvo_Mutex {
   // Releases one level. 1 on success, 0 if the caller does not hold the mutex.
   int Unlock();
 
-  // 1 if another thread holds the mutex, else 0. A free mutex stays free.
+  // 1 if another living thread holds the mutex, else 0. A free mutex stays free, and an
+  // abandoned one is still told as such by the next Lock.
   int IsLocked();
 
  private:

@@ -22,12 +22,4 @@ int MP_Mutex::Lock(int ms) {
 
 int MP_Mutex::Unlock() { return mutex_ != nullptr && platform::mutex_release(mutex_); }
 
-int MP_Mutex::IsLocked() {
-  if (mutex_ == nullptr) return 0;
-  const std::uint32_t probe = platform::mutex_wait(mutex_, 0);
-  // The probe takes a free mutex; the level goes back, so that asking changes nothing.
-  if (probe == platform::kWaitSignalled || probe == platform::kWaitAbandoned) {
-    platform::mutex_release(mutex_);
-  }
-  return probe == platform::kWaitTimedOut;
-}
+int MP_Mutex::IsLocked() { return mutex_ != nullptr && platform::mutex_is_held_elsewhere(mutex_); }

@@ -86,42 +86,6 @@ class MP_Queue::ObjectGuard {
   MP_Queue* queue_;
 };
 
-// All objects of a queue, taken out of it while they are sorted. They go back when this
-// ends: in the new order, or in the old one if the comparison threw.
-class MP_Queue::SortedObjects {
- public:
-  SortedObjects(MP_Queue* queue, Kalvo_Queue* owner, Kalvo_QueueObject** objects)
-      : order(objects), queue_(queue), owner_(owner), count_(queue->count_) {
-    while (queue->count_ != 0) {
-      MP_QueueItem* item = ItemOf(queue->head_.next);
-      *objects++ = item->object;
-      queue->TakeOut(item);
-      item->next = items_;
-      items_ = item;
-    }
-  }
-  SortedObjects(const SortedObjects&) = delete;
-  SortedObjects& operator=(const SortedObjects&) = delete;
-  ~SortedObjects() {
-    for (std::size_t i = 0; i < count_; ++i) {
-      MP_QueueItem* item = ItemOf(items_);
-      items_ = item->next;
-      MP_Queue::Remove(order[i]);
-      item->object = order[i];
-      item->owner = owner_;
-      if (queue_->PutIn(item, &queue_->tail_)) platform::event_wake(queue_->event_);
-    }
-  }
-
-  Kalvo_QueueObject** order;
-
- private:
-  MP_Queue* queue_;
-  Kalvo_Queue* owner_;
-  std::size_t count_;
-  MP_QueueLink* items_ = nullptr;  // the records, chained by `next`
-};
-
 MP_Queue::MP_Queue(bool locked, bool signalling) {
   head_.next = &tail_;
   tail_.previous = &head_;
@@ -135,7 +99,7 @@ MP_Queue::~MP_Queue() {
 
 void MP_Queue::Init(bool locked, bool signalling) {
   if (count_ != 0) return;
-  lock_.reset(locked || signalling ? new (std::nothrow) MP_Lock : nullptr);
+  lock_.reset(locked ? new (std::nothrow) MP_Lock : nullptr);
   platform::event_destroy(event_);
   event_ = signalling ? platform::event_create() : nullptr;
 }
@@ -163,23 +127,19 @@ MP_QueueItem* MP_Queue::FindItem(std::int32_t index) {
 }
 
 // True if event_wake must follow.
-bool MP_Queue::SetSignal() {
-  signalled_ = true;
-  return waiters_ != 0 && platform::event_signal(event_);
-}
-
-// True if event_wake must follow.
 bool MP_Queue::PutIn(MP_QueueItem* item, MP_QueueLink* behind) {
   item->object->item_ = item;
   item->object->queue_.store(this, std::memory_order_release);
   LinkBefore(item, behind);
-  ++count_;
-  return SetSignal();
+  ++edits_;
+  // With items in it the queue is signalled already.
+  return ++count_ == 1 && event_ != nullptr && platform::event_signal(event_);
 }
 
 void MP_Queue::TakeOut(MP_QueueItem* item) {
   Unlink(item);
-  if (--count_ == 0) signalled_ = false;
+  ++edits_;
+  if (--count_ == 0 && event_ != nullptr) platform::event_reset(event_);
   // The analyser does not follow the links and takes every first item for the same one.
   item->object->item_ = nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDelete)
   item->object->queue_.store(nullptr, std::memory_order_release);
@@ -220,13 +180,15 @@ Kalvo_QueueObject* MP_Queue::RemoveItemAt(std::int32_t index, std::int32_t ms) {
 
 // A queue with items is signalled, so it need not be waited for.
 Kalvo_QueueObject* MP_Queue::Access(std::int32_t index, std::int32_t ms, bool remove) {
-  Guard guard(this);
-  MP_QueueItem* item = FindItem(index);
-  if (item == nullptr && ms > 0 && WaitUnlocked(ms) == platform::kWaitSignalled) {
-    item = FindItem(index);
+  for (bool mayWait = ms > 0;; mayWait = false) {
+    {
+      Guard guard(this);
+      if (MP_QueueItem* item = FindItem(index)) {
+        return remove ? TakeOutAndFree(item) : item->object;
+      }
+    }
+    if (!mayWait || WaitData(ms) != 0) return nullptr;
   }
-  if (item == nullptr) return nullptr;
-  return remove ? TakeOutAndFree(item) : item->object;
 }
 
 std::uint32_t MP_Queue::GetItemCount() {
@@ -237,36 +199,15 @@ std::uint32_t MP_Queue::GetItemCount() {
 void MP_Queue::RemoveAll() {
   Guard guard(this);
   while (count_ != 0) delete TakeOutAndFree(ItemOf(head_.next));
-  signalled_ = false;
+  platform::event_reset(event_);
 }
 
 int MP_Queue::WaitData(std::int32_t ms) {
-  Guard guard(this);
-  return static_cast<int>(WaitUnlocked(ms));
+  if (event_ == nullptr) return platform::kWaitSignalled;
+  return static_cast<int>(platform::event_wait(event_, static_cast<std::uint32_t>(ms)));
 }
 
-// Lets go of the lock for the wait and has it again at the end: whoever was woken may
-// destroy the queue, and the thread that woke it must have let go by then.
-std::uint32_t MP_Queue::WaitUnlocked(std::int32_t ms) {
-  if (signalled_ || event_ == nullptr) return platform::kWaitSignalled;
-  platform::event_reset(event_);  // wakes nobody and leaves those awake who were woken
-  ++waiters_;
-  Unlock(this);
-  const std::uint32_t result = platform::event_wait(event_, static_cast<std::uint32_t>(ms));
-  Lock(this);
-  --waiters_;
-  return result;
-}
-
-void MP_Queue::Signal() {
-  const platform::Event* event = event_;
-  bool wake;
-  {
-    Guard guard(this);
-    wake = SetSignal();
-  }
-  if (wake) platform::event_wake(event);
-}
+void MP_Queue::Signal() { platform::event_set(event_); }
 
 void MP_Queue::Remove(Kalvo_QueueObject* object) {
   const ObjectGuard guard(object);
@@ -276,18 +217,19 @@ void MP_Queue::Remove(Kalvo_QueueObject* object) {
 // Moving within the queue changes neither count nor event.
 void MP_Queue::MoveBefore(MP_QueueItem* item, MP_QueueLink* behind) {
   if (item == behind) return;
+  ++edits_;
   Unlink(item);
   LinkBefore(item, behind);
 }
 
 void MP_Queue::MoveToHead(Kalvo_QueueObject* object) {
   const ObjectGuard guard(object);
-  if (guard.queue() != nullptr) MoveBefore(object->item_, guard.queue()->head_.next);
+  if (guard.queue() != nullptr) guard.queue()->MoveBefore(object->item_, guard.queue()->head_.next);
 }
 
 void MP_Queue::MoveToTail(Kalvo_QueueObject* object) {
   const ObjectGuard guard(object);
-  if (guard.queue() != nullptr) MoveBefore(object->item_, &guard.queue()->tail_);
+  if (guard.queue() != nullptr) guard.queue()->MoveBefore(object->item_, &guard.queue()->tail_);
 }
 
 Kalvo_QueueObject* MP_Queue::Next(Kalvo_QueueObject* object) {
@@ -330,14 +272,19 @@ Kalvo_Queue* MP_Queue::GetOwner(Kalvo_QueueObject* object) {
   return guard.queue() != nullptr ? object->item_->owner : nullptr;
 }
 
+// The objects stay in the queue while copies of their pointers are sorted, and change their
+// records at the end: other threads find the queue whole, and a comparison that throws
+// changes nothing. The lock is recursive, so a comparison may edit the queue; then there is
+// nothing left to sort by.
 void MP_Queue::QSort(Compare compare, void* context, Kalvo_Queue* owner) {
   Guard guard(this);
   const std::uint32_t count = count_;
+  const std::uint32_t edits = edits_;
   if (count < 2) return;
   MP_QueueItem* first = ItemOf(head_.next);
   MP_QueueItem* last = ItemOf(tail_.previous);
   const int forward = compare(first->object, last->object, context);
-  if (count_ != count) return;  // the lock is recursive: the comparison edited the queue
+  if (edits_ != edits) return;
   if (count == 2) {
     if (forward > 0) SwapObjects(first, last);
     return;
@@ -346,14 +293,24 @@ void MP_Queue::QSort(Compare compare, void* context, Kalvo_Queue* owner) {
     // A comparison that contradicts itself here would sort by nothing.
     const int backward = compare(last->object, first->object, context);
     if (static_cast<unsigned int>(backward) != 0u - static_cast<unsigned int>(forward)) return;
-    if (count_ != count) return;
+    if (edits_ != edits) return;
   }
   const std::unique_ptr<Kalvo_QueueObject*[]> objects(
       new (std::nothrow) Kalvo_QueueObject*[2 * std::size_t{count}]);
   if (objects == nullptr) return;
-
-  SortedObjects sorted(this, owner, objects.get());
-  sorted.order = MergeSort(objects.get(), objects.get() + count, count, compare, context);
+  std::size_t filled = 0;
+  for (MP_QueueLink* link = head_.next; link != &tail_; link = link->next) {
+    objects[filled++] = ItemOf(link)->object;
+  }
+  Kalvo_QueueObject* const* sorted =
+      MergeSort(objects.get(), objects.get() + count, count, compare, context);
+  if (edits_ != edits) return;
+  for (MP_QueueLink* link = head_.next; link != &tail_; link = link->next) {
+    MP_QueueItem* item = ItemOf(link);
+    item->object = *sorted++;
+    item->object->item_ = item;
+    item->owner = owner;
+  }
 }
 
 void MP_Queue::SwapObjects(MP_QueueItem* a, MP_QueueItem* b) {

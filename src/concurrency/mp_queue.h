@@ -45,13 +45,12 @@ class MP_Queue {
  private:
   class Guard;
   class ObjectGuard;
-  class SortedObjects;
 
   static void Lock(MP_Queue* queue);
   static void Unlock(MP_Queue* queue);
   static Kalvo_QueueObject* AddBeside(Kalvo_QueueObject* place, Kalvo_QueueObject* object,
                                       bool after);
-  static void MoveBefore(MP_QueueItem* item, MP_QueueLink* behind);
+  void MoveBefore(MP_QueueItem* item, MP_QueueLink* behind);
   static void SwapObjects(MP_QueueItem* a, MP_QueueItem* b);
 
   Kalvo_QueueObject* Access(std::int32_t index, std::int32_t ms, bool remove);
@@ -59,8 +58,6 @@ class MP_Queue {
   // These expect the lock to be held.
   MP_QueueLink* Target(std::int32_t index);
   MP_QueueItem* FindItem(std::int32_t index);
-  std::uint32_t WaitUnlocked(std::int32_t ms);
-  bool SetSignal();
   bool PutIn(MP_QueueItem* item, MP_QueueLink* behind);
   void TakeOut(MP_QueueItem* item);
   Kalvo_QueueObject* TakeOutAndFree(MP_QueueItem* item);
@@ -70,15 +67,12 @@ class MP_Queue {
   std::uint32_t count_ = 0;
   MP_QueueItemPool items_;
 
-  // Null where the queue was made without. A queue with a signal has a lock in any case,
-  // since its waiters do not come under the lock of a host.
+  std::uint32_t edits_ = 0;  // counts every change of the list
+
+  // Null where the queue was made without. The event is signalled while count_ is not 0,
+  // and by Signal. Waiting and signalling need no lock.
   std::unique_ptr<MP_Lock> lock_;
   platform::Event* event_ = nullptr;
-
-  // The state of the signal: set while count_ is not 0, and by Signal. The event is only
-  // there to block waiters, and lags behind while there are none.
-  bool signalled_ = false;
-  std::uint32_t waiters_ = 0;
 };
 
 #endif  // KALVOBASE_SRC_CONCURRENCY_MP_QUEUE_H_

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr std::int32_t kGrowthStep = 256;
-constexpr std::int32_t kMaxCapacity = INT_MAX - 1;  // leaves the terminator its byte
 
 }  // namespace
 
@@ -45,10 +44,10 @@ bool MP_StreamCore::EnsureBlock(std::int64_t content) {
                                 static_cast<std::size_t>(content + 1)};
   const std::size_t length = static_cast<std::size_t>(Length());
   for (const std::size_t size : wanted) {
-    const bool keep = block_ == firstBlock_ || block_ == pinned_;
+    const bool keep = block_ == firstBlock_;
     char* block = static_cast<char*>(keep ? std::malloc(size) : std::realloc(block_, size));
-    if (block == nullptr) continue;  // without the reserve it may fit
-    if (keep) std::memcpy(block, block_, length);
+    if (block == nullptr) continue;                    // without the reserve it may fit
+    if (keep) std::memcpy(block, block_, length + 1);  // with the terminator, if one stands
     block_ = block;
     end = block + length;
     blockSize_ = static_cast<std::int32_t>(size);
@@ -130,15 +129,4 @@ void MP_StreamCore::Advance(int n) {
   if (n < 1) return;
   end += n;
   lastByte_ = end[-1];
-}
-
-MP_StreamCore::PinnedBlock::PinnedBlock(MP_StreamCore* core)
-    : core_(core), outerPin_(core->pinned_) {
-  core->pinned_ = core->block_;
-}
-
-MP_StreamCore::PinnedBlock::~PinnedBlock() {
-  char* kept = core_->pinned_;
-  core_->pinned_ = outerPin_;
-  if (kept != core_->block_ && kept != core_->firstBlock_ && kept != outerPin_) std::free(kept);
 }

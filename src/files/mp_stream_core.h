@@ -9,6 +9,7 @@
 #ifndef KALVOBASE_SRC_FILES_MP_STREAM_CORE_H_
 #define KALVOBASE_SRC_FILES_MP_STREAM_CORE_H_
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 
@@ -62,21 +63,9 @@ class MP_StreamCore : public Kalvo_StringCursor {
 
   int Length() const { return static_cast<int>(end - block_); }
 
-  // Keeps the block alive that the buffer has now, for as long as this object lives: a
-  // caller may have handed out pointers into it that are read while the buffer grows.
-  class PinnedBlock {
-   public:
-    explicit PinnedBlock(MP_StreamCore* core);
-    PinnedBlock(const PinnedBlock&) = delete;
-    PinnedBlock& operator=(const PinnedBlock&) = delete;
-    ~PinnedBlock();
-
-   private:
-    MP_StreamCore* core_;
-    char* outerPin_;
-  };
-
  protected:
+  static constexpr std::int32_t kMaxCapacity = INT_MAX - 1;  // leaves the terminator its byte
+
   // Starts on a block of the derived object's own, which is used until the content
   // outgrows it.
   MP_StreamCore(char* firstBlock, int firstBlockSize, int capacity, bool lineFlag);
@@ -104,7 +93,6 @@ class MP_StreamCore : public Kalvo_StringCursor {
   void UpdateLimit();
 
   char* const firstBlock_;
-  char* pinned_ = nullptr;
   std::int32_t blockSize_;
   std::int32_t capacity_;
   std::int32_t orderFlag_ = 1;

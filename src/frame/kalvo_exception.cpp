@@ -1,36 +1,44 @@
 #include <new>
+#include <utility>
 
 #include "frame/mp_exception.h"
 #include "kalvobase/exception.h"
 
-Kalvo_Exception::Kalvo_Exception() : impl_(new (std::nothrow) MP_Exception) {}
+namespace {
 
-Kalvo_Exception::Kalvo_Exception(const char* format, ...) : impl_(new (std::nothrow) MP_Exception) {
+// Null if memory ran out: an exception that cannot be told must not become another one.
+template <class... Arguments>
+MP_Exception* Make(const Arguments&... arguments) {
+  try {
+    return new MP_Exception(arguments...);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+}  // namespace
+
+Kalvo_Exception::Kalvo_Exception() : impl_(Make()) {}
+
+Kalvo_Exception::Kalvo_Exception(const char* format, ...) : impl_(Make()) {
   va_list args;
   va_start(args, format);
   VFormatMsg(format, args);
   va_end(args);
 }
 
-Kalvo_Exception::Kalvo_Exception(int code, const char* message)
-    : impl_(new (std::nothrow) MP_Exception(0, code, message)) {}
+Kalvo_Exception::Kalvo_Exception(int code, const char* message) : impl_(Make(0, code, message)) {}
 
 Kalvo_Exception::Kalvo_Exception(int level, int code, const char* message)
-    : impl_(new (std::nothrow) MP_Exception(level, code, message)) {}
+    : impl_(Make(level, code, message)) {}
 
-// Ends the source by its destructor, which leaves it with a null impl_, as a thrown object
-// that is copied and then destroyed must be. Its own storage is the caller's.
+// The source keeps nothing: a thrown object that is copied has one owner at any time.
 Kalvo_Exception::Kalvo_Exception(const Kalvo_Exception& other)
-    : impl_(other.impl_ != nullptr ? new (std::nothrow) MP_Exception(*other.impl_)
-                                   : new (std::nothrow) MP_Exception) {
-  Kalvo_Exception& source = const_cast<Kalvo_Exception&>(other);
-  delete source.impl_;
-  source.impl_ = nullptr;
-}
+    : impl_(std::exchange(const_cast<Kalvo_Exception&>(other).impl_, nullptr)) {}
 
 Kalvo_Exception& Kalvo_Exception::operator=(const Kalvo_Exception& other) {
   if (this == &other || other.impl_ == nullptr) return *this;
-  if (impl_ == nullptr) impl_ = new (std::nothrow) MP_Exception;
+  if (impl_ == nullptr) impl_ = Make();
   if (impl_ != nullptr) *impl_ = *other.impl_;
   return *this;
 }

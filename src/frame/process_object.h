@@ -18,8 +18,8 @@ class ProcessObject {
   ProcessObject(const ProcessObject&) = delete;
   ProcessObject& operator=(const ProcessObject&) = delete;
 
-  // The object, made by the first of all callers. Null if memory ran out; the next call
-  // tries again.
+  // The object, made by the first of all callers. Its constructor must not ask for it. Null if
+  // memory ran out; the next call tries again.
   T* Get() {
     T* object = object_.load(std::memory_order_acquire);
     if (object != nullptr) return object;

@@ -13,7 +13,8 @@ std::uint32_t tick_count();
 // Adds `shift` to what tick_count gives, so that a test can stand just before the wrap.
 void shift_tick_count_for_test(std::uint32_t shift);
 
-// Sleeps the whole time, whatever signals arrive.
+// Sleeps the whole time, whatever signals arrive: for 0 only until others have had their
+// turn, for 0xFFFFFFFF for ever.
 void sleep_ms(std::uint32_t ms);
 
 }  // namespace platform

@@ -26,7 +26,7 @@ bool event_reset(Event* event);
 
 // The two halves of event_set, for a caller that sets under a lock and wakes behind it.
 // event_signal tells whether event_wake must follow; that one uses nothing of the event but
-// its address, so the event may be gone by then.
+// its address. Once the event is set, whoever waited for it may destroy it.
 bool event_signal(Event* event);
 void event_wake(const Event* event);
 

@@ -19,11 +19,15 @@ struct Mutex;
 // Null on failure.
 Mutex* mutex_open(const char* name, bool owned);
 
-// Gives one mutex_open back. Levels that the calling thread holds are released.
+// Gives one mutex_open back. With the last one of this process, levels that the calling
+// thread holds are released.
 void mutex_close(Mutex* mutex);
 
 // kWaitSignalled and kWaitAbandoned mean that the caller holds the mutex.
 std::uint32_t mutex_wait(Mutex* mutex, std::uint32_t ms);
+
+// Whether another living thread holds the mutex. Asking takes nothing from anybody.
+bool mutex_is_held_elsewhere(Mutex* mutex);
 
 // False if the calling thread does not hold the mutex.
 bool mutex_release(Mutex* mutex);

@@ -25,8 +25,12 @@ unsigned long Load(const char* src, T& value) {
   Wire wire;
   char bytes[sizeof(Wire)];
   stNB_Put(bytes, src, sizeof(wire));
-  std::memcpy(&wire, bytes, sizeof(wire));
-  value = wire;
+  if constexpr (sizeof(T) == sizeof(Wire)) {
+    std::memcpy(&value, bytes, sizeof(value));  // every bit pattern, of any NaN too
+  } else {
+    std::memcpy(&wire, bytes, sizeof(wire));
+    value = wire;
+  }
   return sizeof(wire);
 }
 

@@ -41,9 +41,7 @@ constexpr int kFloatSlack = 42;
 
 class Engine {
  public:
-  Engine(MP_StreamCore* core, va_list args) : core_(core), pin_(core), errno_(errno) {
-    va_copy(args_, args);
-  }
+  Engine(MP_StreamCore* core, va_list args) : core_(core), errno_(errno) { va_copy(args_, args); }
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
   ~Engine() { va_end(args_); }
@@ -71,10 +69,8 @@ class Engine {
   void PutBlock(const char* bytes, int n);
   bool Reserve(std::int64_t n);
   void Advance(std::int64_t n);
-  void Terminate();
 
   MP_StreamCore* core_;
-  MP_StreamCore::PinnedBlock pin_;
   const int errno_;  // what %m tells, whatever our own calls do to errno
   va_list args_;
   std::int64_t total_ = 0;
@@ -256,7 +252,7 @@ void Engine::PutInteger(const Conversion& conversion, char sign, const char* dig
 }
 
 void Engine::PutChar(const Conversion& conversion) {
-  const char c = static_cast<char>(va_arg(args_, int));
+  const char c = static_cast<char>(conversion.is64 ? va_arg(args_, long long) : va_arg(args_, int));
   // A zero byte counts inside an exact field only; otherwise the output ends at it.
   if (c == '\0' && !conversion.exact) {
     Conversion blanks = conversion;
@@ -278,6 +274,7 @@ void Engine::PutText(const Conversion& conversion) {
     PutField(field, '\0', 0, text, LengthWithin(text, conversion.precision), kPlainSlack);
     return;
   }
+  // Without padding a precision of 0 counts for nothing; with it, it means no bytes.
   const int length = Length(text);
   if (conversion.width == 0) {
     PutBlock(text, length);
@@ -286,7 +283,7 @@ void Engine::PutText(const Conversion& conversion) {
   } else {
     Conversion field = conversion;
     field.zero = false;
-    PutField(field, '\0', 0, text, length, kPlainSlack);
+    PutField(field, '\0', 0, text, conversion.hasPrecision ? 0 : length, kPlainSlack);
   }
 }
 
@@ -356,14 +353,11 @@ void Engine::PutField(const Conversion& conversion, char sign, std::int64_t zero
       blanksBefore = padding;
     }
   }
-  char* out = core_->End();
-  // The body first: an argument may lie where the padding goes.
-  char* const bodyAt = out + blanksBefore + (sign != '\0' ? 1 : 0) + zeros;
-  std::memmove(bodyAt, body, static_cast<std::size_t>(bodyLength));
-  out = std::fill_n(out, blanksBefore, ' ');
+  char* out = std::fill_n(core_->End(), blanksBefore, ' ');
   if (sign != '\0') *out++ = sign;
-  std::fill_n(out, zeros, '0');
-  if (conversion.left) std::fill_n(bodyAt + bodyLength, padding, ' ');
+  out = std::fill_n(out, zeros, '0');
+  out = std::copy_n(body, bodyLength, out);
+  if (conversion.left) std::fill_n(out, padding, ' ');
   Advance(conversion.exact ? conversion.width : field);
 }
 
@@ -372,7 +366,6 @@ void Engine::PutBlock(const char* bytes, int n) {
     failed_ = true;
     return;
   }
-  Terminate();
   total_ += n;
 }
 
@@ -384,12 +377,8 @@ bool Engine::Reserve(std::int64_t n) {
 
 void Engine::Advance(std::int64_t n) {
   if (n > 0) core_->Advance(static_cast<int>(n));
-  Terminate();
   total_ += n;
 }
-
-// An argument may be a text in the core's own buffer, whose end we have just written over.
-void Engine::Terminate() { *core_->End() = '\0'; }
 
 }  // namespace
 

@@ -12,7 +12,7 @@ namespace text {
 // Appends the formatted text to `core` and writes no terminator. Returns the number of
 // bytes, or -1 if they could not be stored; what came before the failure stays. Line feeds
 // of the format go through the core's line hook, those of the arguments do not. `args` is
-// left as it was. Arguments may point into the core's own buffer, the format may not.
+// left as it was. Neither format nor arguments may lie in the core's own buffer.
 int Format(MP_StreamCore* core, const char* format, va_list args);
 
 }  // namespace text

@@ -17,11 +17,11 @@ Kalvo_String::Kalvo_String(const char* s, int n) : Kalvo_String() { impl()->Assi
 Kalvo_String::Kalvo_String(char c, int n) : Kalvo_String() { impl()->AppendRun(c, n); }
 
 Kalvo_String::Kalvo_String(const Kalvo_String& other) : Kalvo_String() {
-  impl()->Append(other.impl()->Content(), other.impl()->Length());
+  impl()->Append(*other.impl());
 }
 
 Kalvo_String& Kalvo_String::operator=(const Kalvo_String& other) {
-  if (this != &other) impl()->Assign(other.impl()->Content(), other.impl()->Length());
+  if (this != &other) impl()->Assign(*other.impl());
   return *this;
 }
 
@@ -168,8 +168,8 @@ Kalvo_String* Kalvo_String::Align(char mode, char c, int width) {
 
 // --- Binary writes ------------------------------------------------------------------
 
-int Kalvo_String::Write(char v) { return impl()->PutCount(v); }
-int Kalvo_String::Write(unsigned char v) { return impl()->PutCount(v); }
+int Kalvo_String::Write(char v) { return impl()->WriteOrdered(&v, 1); }
+int Kalvo_String::Write(unsigned char v) { return impl()->WriteOrdered(&v, 1); }
 int Kalvo_String::Write(short v) { return impl()->WriteOrdered(&v, 2); }
 int Kalvo_String::Write(unsigned short v) { return impl()->WriteOrdered(&v, 2); }
 int Kalvo_String::Write(int v) { return impl()->WriteOrdered(&v, 4); }

@@ -24,6 +24,9 @@ MP_String::MP_String(const char* text) : MP_String() {
   AppendText(text);
 }
 
+// As much of a step as the largest capacity leaves.
+int MP_String::DrainBuffer() { return Reserve(std::min(256, kMaxCapacity - Length())); }
+
 void MP_String::Clear() {
   quote_ = '\0';
   SetLength(0);
@@ -47,7 +50,9 @@ void MP_String::Assign(const char* bytes, int n) {
     Append(bytes, n);
     return;
   }
-  n = std::max(0, std::min(n, Length() - static_cast<int>(offset)));
+  // The terminator may be among the bytes.
+  n = std::max(0, std::min(n, Length() - static_cast<int>(offset) + 1));
+  n = static_cast<int>(std::min<std::ptrdiff_t>(n, limit - block_));
   std::memmove(block_, bytes, Count(n));
   quote_ = '\0';
   SetLength(n);
@@ -239,7 +244,7 @@ int MP_String::ReplaceAll(int from, const char* what, const char* with) {
   const std::int64_t grown = std::int64_t{replaced} * (withLength - whatLength);
   if (result.Length() != Length() + grown) return 0;  // there was no room for all of it
   SetLength(0);
-  Append(result.Content(), result.Length());
+  Append(result);
   return replaced;
 }
 

@@ -8,6 +8,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <memory>
 
 #include "files/mp_stream_core.h"
 
@@ -17,15 +18,17 @@ class MP_String : public MP_StreamCore {
   explicit MP_String(const char* text);
 
   int LineHook() override { return 1; }
-  int DrainBuffer() override { return Reserve(256); }
+  int DrainBuffer() override;
 
   // --- Storage and editing: mp_string.cpp -----------------------------------------
 
   void Clear();
   void Assign(const char* bytes, int n);
+  void Assign(const MP_String& other) { Assign(other.block_, other.Length()); }
   void AssignText(const char* text);
   void AssignText(const char* text, int n);
   void Append(const char* bytes, int n);
+  void Append(const MP_String& other) { Append(other.block_, other.Length()); }
   void AppendText(const char* text);
   void AppendText(const char* text, int n);
   void AppendRun(char c, int n);
@@ -87,9 +90,13 @@ class MP_String : public MP_StreamCore {
 
   void AppendGrowing(const char* bytes, int n);
   void Terminate();
+  MP_String* Scratch();
+  MP_String* Formatted(const char* format, va_list args);
+  MP_String* FormattedDate(long stamp, const char* format);
   char* OpenGap(int position, int n);
   std::int32_t ParseDigits(int bitsPerDigit);
 
+  std::unique_ptr<MP_String> scratch_;  // where formatted texts are written first
   char quote_ = '\0';
   char firstBlock_[kFirstBlockSize];
 };

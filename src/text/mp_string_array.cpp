@@ -31,9 +31,12 @@ Kalvo_String* MP_StringArray::GetAt(int i) const {
 }
 
 Kalvo_String* MP_StringArray::Insert(int i, MP_StringArrayItem* item) {
-  queue_->InsertItemAt(item, i);
-  return &item->text;
+  if (queue_->InsertItemAt(item, i) != nullptr) return &item->text;
+  delete item;
+  return nullptr;
 }
+
+int MP_StringArray::PlaceFor(int i) const { return i >= 0 && i < GetSize() ? i : GetSize(); }
 
 Kalvo_String* MP_StringArray::InsertText(int i, const char* s, int n) {
   MP_StringArrayItem* item = new MP_StringArrayItem;
@@ -49,12 +52,14 @@ Kalvo_String* MP_StringArray::InsertString(int i, const Kalvo_String& s) {
 
 // Each copy goes in front of the one before, so the first one ends up as the last.
 Kalvo_String* MP_StringArray::InsertCopies(int i, const char* s, int n) {
+  i = PlaceFor(i);
   Kalvo_String* first = n < 1 ? nullptr : InsertText(i, s, -1);
   for (int made = 1; made < n; ++made) InsertText(i, s, -1);
   return first;
 }
 
 Kalvo_String* MP_StringArray::InsertCopies(int i, const Kalvo_String& s, int n) {
+  i = PlaceFor(i);
   Kalvo_String* first = n < 1 ? nullptr : InsertString(i, s);
   for (int made = 1; made < n; ++made) InsertString(i, s);
   return first;
@@ -65,14 +70,12 @@ Kalvo_String* MP_StringArray::InsertCopies(int i, const Kalvo_String& s, int n) 
 Kalvo_String* MP_StringArray::InsertArray(int i, const MP_StringArray& other) {
   MP_StringArray copies;
   copies.Append(other);
-  Kalvo_QueueObject* place = i >= 0 && i < GetSize() ? ItemAt(i) : nullptr;
   Kalvo_String* first = copies.GetAt(0);
+  Kalvo_QueueObject* place = PlaceFor(i) < GetSize() ? ItemAt(i) : nullptr;
   while (Kalvo_QueueObject* item = copies.queue_->RemoveItemAtHead(0)) {
-    if (place != nullptr) {
-      place->AddItemBefore(item);
-    } else {
-      queue_->AddItemAtTail(item);
-    }
+    const bool done = place != nullptr ? place->AddItemBefore(item) != nullptr
+                                       : queue_->AddItemAtTail(item) != nullptr;
+    if (!done) delete item;
   }
   return first;
 }

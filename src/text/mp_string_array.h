@@ -36,6 +36,7 @@ class MP_StringArray {
  private:
   MP_StringArrayItem* First() const;
   MP_StringArrayItem* ItemAt(int i) const;
+  int PlaceFor(int i) const;
   Kalvo_String* Insert(int i, MP_StringArrayItem* item);
   int Split(const char* text, int length, char separator, bool merge, bool keepEmptyTail);
 

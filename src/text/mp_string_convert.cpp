@@ -13,46 +13,45 @@
 
 // --- Formatting ---------------------------------------------------------------------
 
-// A format that lies in this string is copied before its own output runs over it.
-void MP_String::Format(const char* format, va_list args) {
-  if (OffsetOf(format) >= 0) {
-    Format(MP_String(format).Text(), args);
-    return;
-  }
-  Clear();
-  AppendFormat(format, args);
+// What is formatted for this string. Format and arguments may be parts of the string, which
+// stays whole until all of it has been written.
+MP_String* MP_String::Formatted(const char* format, va_list args) {
+  MP_String* scratch = Scratch();
+  text::Format(scratch, format, args);
+  return scratch;
 }
 
-void MP_String::AppendFormat(const char* format, va_list args) {
-  if (OffsetOf(format) >= 0) {
-    AppendFormat(MP_String(format).Text(), args);
-    return;
-  }
-  text::Format(this, format, args);
-  Terminate();
+MP_String* MP_String::FormattedDate(long stamp, const char* format) {
+  MP_String* scratch = Scratch();
+  text::AppendDate(scratch, stamp, format);
+  return scratch;
 }
+
+// Made by the first formatted write, and made anew when it has grown large.
+MP_String* MP_String::Scratch() {
+  constexpr int kLargestScratch = 1 << 16;
+  if (scratch_ == nullptr || scratch_->capacity() > kLargestScratch) {
+    scratch_ = std::make_unique<MP_String>();
+  }
+  scratch_->Clear();
+  return scratch_.get();
+}
+
+void MP_String::Format(const char* format, va_list args) { Assign(*Formatted(format, args)); }
+
+void MP_String::AppendFormat(const char* format, va_list args) { Append(*Formatted(format, args)); }
 
 void MP_String::InsertFormat(int position, const char* format, va_list args) {
-  MP_String formatted;
-  formatted.AppendFormat(format, args);
+  const MP_String& formatted = *Formatted(format, args);
   Insert(position, formatted.Content(), formatted.Length());
 }
 
 void MP_String::FormatDate(long stamp, const char* format) {
-  if (OffsetOf(format) >= 0) {
-    FormatDate(stamp, MP_String(format).Text());
-    return;
-  }
-  Clear();
-  AppendDate(stamp, format);
+  Assign(*FormattedDate(stamp, format));
 }
 
 void MP_String::AppendDate(long stamp, const char* format) {
-  if (OffsetOf(format) >= 0) {
-    AppendDate(stamp, MP_String(format).Text());
-    return;
-  }
-  text::AppendDate(this, stamp, format);
+  Append(*FormattedDate(stamp, format));
 }
 
 // --- Numbers ------------------------------------------------------------------------

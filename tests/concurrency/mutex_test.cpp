@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
@@ -124,6 +125,67 @@ TEST(Mutex, AbandonedByAKilledProcess) {
   EXPECT_EQ(result, 0);
   EXPECT_LT(watch.Milliseconds(), 30000);
   EXPECT_EQ(mutex.Lock(0), 1);
+  EXPECT_EQ(mutex.Unlock(), 1);
+
+  Child second([&](Child& self) {
+    mutex.Lock(-1);
+    self.Ready();
+    self.WaitForTheEnd();
+  });
+  second.WaitUntilReady();
+  second.Kill();
+  EXPECT_EQ(mutex.IsLocked(), 0);
+  EXPECT_EQ(mutex.Lock(0), 0);  // asking did not eat the news
+  EXPECT_EQ(mutex.Unlock(), 1);
+}
+
+// Asking whether a mutex is held must not make others believe that it is.
+TEST(Mutex, AskingDisturbsNobody) {
+  Kalvo_Mutex mutex;
+  mutex.Init(0, nullptr);
+  std::atomic<bool> done{false};
+  std::thread asking([&] {
+    while (!done) mutex.IsLocked();
+  });
+  int refused = 0;
+  for (int i = 0; i < 20000; ++i) {
+    if (mutex.Lock(0) != 1) ++refused;
+    mutex.Unlock();
+  }
+  done = true;
+  asking.join();
+  EXPECT_LT(refused, 20000);
+}
+
+// A child has its parent's descriptors, and their locks, until it ends.
+TEST(Mutex, AForkedChildKeepsTheName) {
+  std::string name = UniqueName("forked");
+  auto mutex = std::make_unique<Kalvo_Mutex>();
+  ASSERT_EQ(mutex->Init(0, &name[0]), 1);
+  {
+    Child closing([&](Child&) { mutex.reset(); });
+    EXPECT_EQ(closing.Join(), 0);
+  }
+  mutex->Lock(-1);
+  Child peer([&](Child&) {
+    Kalvo_Mutex mine;
+    mine.Init(0, &name[0]);
+    _exit(mine.IsLocked());
+  });
+  EXPECT_EQ(peer.Join(), 1);
+}
+
+TEST(Mutex, HandlesOfOneNameCloseAtOnce) {
+  for (int round = 0; round < 200; ++round) {
+    std::string name = UniqueName("at once");
+    auto a = std::make_unique<Kalvo_Mutex>();
+    auto b = std::make_unique<Kalvo_Mutex>();
+    a->Init(1, &name[0]);
+    b->Init(0, &name[0]);
+    std::thread closing([&] { b.reset(); });
+    a.reset();
+    closing.join();
+  }
 }
 
 TEST(Mutex, NamesGoWithTheirLastUser) {

@@ -170,6 +170,7 @@ TEST(Queue, Signals) {
   queue.Signal();
   queue.RemoveAll();
   EXPECT_EQ(queue.WaitData(0), 258);
+  queue.Signal();
   queue.Init(1, 1);
   EXPECT_EQ(queue.WaitData(0), 258);
   // A removal waits for its time; one of 0 or less does not.
@@ -228,14 +229,23 @@ TEST(Queue, SortsTiesAsTold) {
 
 TEST(Queue, AComparisonThatThrowsLosesNothing) {
   Kalvo_Queue queue(1, 1);
-  for (const int n : {4, 3, 2, 1}) queue.AddItemAtTail(new Item(n));
-  int calls = 0;
-  const auto throwing = [](Kalvo_QueueObject* a, Kalvo_QueueObject* b, void* context) {
-    if (++*static_cast<int*>(context) == 4) throw std::runtime_error("tired");
+  for (const int n : {3, 4, 1, 2}) queue.AddItemAtTail(new Item(n));
+  const auto throwing = [](Kalvo_QueueObject* a, Kalvo_QueueObject* b, void* callsLeft) {
+    if (--*static_cast<int*>(callsLeft) == 0) throw std::runtime_error("tired");
     return ByNumber(a, b, nullptr);
   };
-  EXPECT_THROW(queue.QSort(throwing, &calls), std::runtime_error);
-  EXPECT_EQ(Forwards(&queue), (std::vector<int>{4, 3, 2, 1}));
+  for (int calls = 1; calls <= 6; ++calls) {
+    int callsLeft = calls;
+    EXPECT_THROW(queue.QSort(throwing, &callsLeft), std::runtime_error);
+    EXPECT_EQ(Forwards(&queue), (std::vector<int>{3, 4, 1, 2}));
+  }
+  // One that edits the queue leaves it as edited.
+  const auto editing = [](Kalvo_QueueObject* a, Kalvo_QueueObject* b, void*) {
+    a->ToTail();
+    return ByNumber(a, b, nullptr);
+  };
+  queue.QSort(editing, nullptr);
+  EXPECT_EQ(Forwards(&queue), (std::vector<int>{4, 1, 2, 3}));
   queue.QSort(ByNumber, nullptr);
   EXPECT_EQ(Forwards(&queue), (std::vector<int>{1, 2, 3, 4}));
 }

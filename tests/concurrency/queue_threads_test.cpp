@@ -83,6 +83,43 @@ TEST(QueueThreads, MovingObjects) {
   EXPECT_EQ(a.GetItemCount() + b.GetItemCount(), items.size());
 }
 
+// Sorting is one step for the others: an object that is deleted or moved meanwhile is waited
+// for, and stays where it was moved to.
+TEST(QueueThreads, SortingIsAtomic) {
+  Kalvo_Queue queue(1, 1);
+  Kalvo_Queue other(1, 1);
+  for (int i = 0; i < 200; ++i) queue.AddItemAtTail(new Item);
+  std::thread sorter([&] {
+    for (int i = 0; i < 100; ++i) {
+      queue.QSort([](Kalvo_QueueObject*, Kalvo_QueueObject*, void*) { return 0; }, nullptr);
+    }
+  });
+  for (int i = 0; i < 100; ++i) {
+    delete queue.RemoveItemAtTail(0);
+    Item* moved = new Item;
+    queue.AddItemAtHead(moved);
+    std::this_thread::yield();
+    other.AddItemAtTail(moved);
+  }
+  sorter.join();
+  EXPECT_EQ(queue.GetItemCount(), 100u);
+  EXPECT_EQ(other.GetItemCount(), 100u);
+}
+
+// An item's destructor may wait for a thread that waits for data.
+TEST(QueueThreads, WaitingNeedsNoLock) {
+  struct Joining : Kalvo_QueueObject {
+    explicit Joining(Kalvo_Queue* queue) : waiter([queue] { queue->WaitData(20); }) {}
+    Joining(const Joining&) = delete;
+    Joining& operator=(const Joining&) = delete;
+    ~Joining() override { waiter.join(); }
+    std::thread waiter;
+  };
+  Kalvo_Queue queue(1, 1);
+  queue.AddItemAtTail(new Joining(&queue));
+  queue.RemoveAll();
+}
+
 TEST(QueueThreads, WaitersAreWoken) {
   Kalvo_Queue queue(1, 1);
   std::vector<std::thread> waiters;

@@ -20,6 +20,7 @@ TEST(Exception, Making) {
   levelled.FormatMsg(4, 8, "[%s]", levelled.getMessage());
   EXPECT_EQ(levelled.getErrLevel(), 4);
   EXPECT_EQ(levelled.getErrCode(), 8);
+  EXPECT_STREQ(levelled.getMessage(), "[new]");
   levelled.setErrCode(-1);
   levelled.setErrLevel(-2);
   EXPECT_EQ(levelled.getErrCode() + levelled.getErrLevel(), -3);

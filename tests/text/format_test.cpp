@@ -56,6 +56,7 @@ TEST(Format, OwnRules) {
   // No precision and a precision of 0 are the same for a text.
   EXPECT_EQ(Format("%.0s|%.s|%.1s|%.*s|%.*s", "ab", "ab", "ab", 0, "ab", -3, "ab"),
             "ab|ab|a|ab|ab");
+  EXPECT_EQ(Format("%5.0s|%1.0s|%-3.s|", "ab", "ab", "ab"), "     |a|   |");
   EXPECT_EQ(Format("%.0d|%.d|%.0f|%.f", 0, 0, 2.5, 3.5), "||2|4");
   // Widths of arguments.
   EXPECT_EQ(Format("%lld %I64d %llx", LLONG_MIN, 5LL, 0x123456789ALL),
@@ -235,15 +236,26 @@ TEST(Format, ReplacesAppendsInserts) {
   EXPECT_EQ(s.length(), 0u);
 }
 
-// Arguments and formats that lie in the string itself: nothing outside is read, and what
-// sprintf empties first reads as empty.
+// Arguments and formats that lie in the string itself.
 TEST(Format, OwnBytesAsArguments) {
   Kalvo_String s("0123456789");
   s.sprintf_append("%s|%400s|%s", s.c_str(), s.c_str() + 5, s.c_str() + 8);
   EXPECT_EQ(Content(s).substr(0, 21), "01234567890123456789|");
   s = "0123456789";
-  s.sprintf("%s%s", s.c_str(), "end");
-  EXPECT_EQ(Content(s), "end");
+  s.SetQuote('"');
+  s.sprintf("\n<%s>%s", s.c_str(), s.right(1));
+  EXPECT_EQ(Content(s), "\n<0123456789>9");
+  EXPECT_EQ(s.GetQuote(), 0);
+  // Wherever the ends of the blocks lie.
+  for (int old = 0; old < 700; ++old) {
+    const std::string text(static_cast<std::size_t>(old), 'o');
+    s = Kalvo_String('o', old);
+    s.sprintf("<%s|%s", s.c_str(), s.c_str());
+    ASSERT_EQ(Content(s), "<" + text + "|" + text);
+    s = Kalvo_String('o', old);
+    s.sprintf_append("\n%s", s.c_str());
+    ASSERT_EQ(Content(s), text + "\n" + text);
+  }
   s = "0123456789";
   for (int i = 0; i < 8; ++i) {
     s.sprintf("%s%s%s%s%s%s", s.right(5), s.right(5), s.right(5), s.right(5), s.right(5),

@@ -52,6 +52,12 @@ TEST(StringArray, Inserting) {
   Kalvo_String* first = a.InsertAt(1, "x", 2);
   EXPECT_EQ(first, a[2]);
   EXPECT_EQ(Contents(a), (Texts{"a", "x", "x", "b"}));
+  for (const int outside : {-1, 4, 99}) {
+    Kalvo_StringArray b(a);
+    first = b.InsertAt(outside, "y", 3);
+    EXPECT_EQ(first, b.GetTail());
+    EXPECT_EQ(b.GetSize(), 7);
+  }
   first = a.InsertAt(0, Kalvo_String("y"), 1);
   EXPECT_EQ(first, a[0]);
 

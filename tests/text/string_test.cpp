@@ -210,6 +210,10 @@ TEST(String, OwnBytesAsArguments) {
   EXPECT_EQ(Content(*s.strcpy(s.c_str() + 2)), "cdef");
   EXPECT_EQ(Content(*s.strncpy(s.c_str() + 1, 2)), "de");
   EXPECT_EQ(Content(*s.memcpy(s.c_str(), 2)), "de");
+  EXPECT_EQ(Content(*s.memcpy(s.c_str(), 3)), std::string("de\0", 3));
+  s = Kalvo_String('x', 62);
+  EXPECT_EQ(Content(*s.memcat(s.c_str(), 63)), std::string(124, 'x').append(1, '\0'));
+  s = "de";
   for (int i = 0; i < 12; ++i) s.strcat(s.c_str());
   EXPECT_EQ(s.length(), 8192u);
   s = "abc";
@@ -314,6 +318,27 @@ TEST(String, RefusesWhatDoesNotFit) {
   s.insert_char(1, 'x', INT_MAX);
   s.insert_string(1, "x", 0);
   EXPECT_EQ(Content(s), "abc");
+}
+
+// Takes 2 GiB of memory for a moment, most of it untouched by other tests.
+TEST(String, HoldsAsMuchAsItSays) {
+#if defined(KALVOBASE_SANITIZED)
+  GTEST_SKIP() << "too large under the sanitizers";
+#endif
+  constexpr int kMost = INT_MAX - 1;
+  Kalvo_String s;
+  s.resize(kMost, 'x');
+  if (s.length() < 1u << 30) GTEST_SKIP() << "not enough memory on this machine";
+  EXPECT_EQ(s.length(), static_cast<unsigned long>(kMost));
+  EXPECT_EQ(s.Write('c'), -1);
+  EXPECT_EQ(s.Write(5), -1);
+  EXPECT_EQ(s.Write("c", 1), -1);
+  s.addch('c', 1);
+  s.insert_char(0, 'c', 1);
+  s.insert_string(0, "c", 1);
+  EXPECT_EQ(s.length(), static_cast<unsigned long>(kMost));
+  EXPECT_EQ(s[kMost - 1], 'x');
+  EXPECT_EQ(s.c_str()[kMost], 0);
 }
 
 TEST(String, ConvertsNumbers) {

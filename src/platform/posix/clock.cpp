@@ -1,11 +1,14 @@
 #include "platform/clock.h"
 
 #include <errno.h>
+#include <sched.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <atomic>
 
 #include "platform/posix/deadline.h"
+#include "platform/wait_result.h"
 
 namespace platform {
 namespace {
@@ -25,6 +28,8 @@ std::uint32_t tick_count() {
 void shift_tick_count_for_test(std::uint32_t shift) { tick_shift = shift; }
 
 void sleep_ms(std::uint32_t ms) {
+  if (ms == 0) sched_yield();
+  while (ms == kNoLimit) pause();
   const timespec until = deadline_after(ms);
   while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
   }

@@ -18,8 +18,8 @@ int Operation(int operation, FutexScope scope) {
 
 }  // namespace
 
-bool futex_wait(std::atomic<std::uint32_t>* word, std::uint32_t expected, const timespec* deadline,
-                FutexScope scope) {
+bool futex_wait(const std::atomic<std::uint32_t>* word, std::uint32_t expected,
+                const timespec* deadline, FutexScope scope) {
   // The bitset form takes an absolute time on CLOCK_MONOTONIC.
   const long result = syscall(SYS_futex, word, Operation(FUTEX_WAIT_BITSET, scope), expected,
                               deadline, nullptr, FUTEX_BITSET_MATCH_ANY);

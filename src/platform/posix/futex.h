@@ -15,8 +15,8 @@ enum class FutexScope { kProcess, kShared };
 
 // Sleeps as long as *word is `expected`, until a wake or the deadline on CLOCK_MONOTONIC;
 // a null deadline means no limit. May return early; false only when the deadline passed.
-bool futex_wait(std::atomic<std::uint32_t>* word, std::uint32_t expected, const timespec* deadline,
-                FutexScope scope);
+bool futex_wait(const std::atomic<std::uint32_t>* word, std::uint32_t expected,
+                const timespec* deadline, FutexScope scope);
 
 // Wakes up to `count` sleepers.
 void futex_wake(const std::atomic<std::uint32_t>* word, std::int32_t count, FutexScope scope);

@@ -17,8 +17,8 @@ constexpr std::uint32_t kContended = 2;  // held, and somebody may sleep
 
 struct Lock {
   std::atomic<std::uint32_t> state{kFree};
-  std::atomic<std::uint32_t> owner{0};
-  std::uint32_t depth = 0;  // how often the owner took it again
+  std::atomic<std::uint64_t> owner{0};  // by thread_number
+  std::uint32_t depth = 0;              // how often the owner took it again
 };
 
 namespace {
@@ -47,7 +47,7 @@ void lock_destroy(Lock* lock) { delete lock; }
 
 void lock_enter(Lock* lock) {
   if (lock == nullptr) return;
-  const std::uint32_t self = remembered_thread_number();
+  const std::uint64_t self = thread_number();
   if (lock->owner.load(std::memory_order_relaxed) == self) {
     ++lock->depth;
     return;
@@ -58,7 +58,7 @@ void lock_enter(Lock* lock) {
 
 void lock_leave(Lock* lock) {
   if (lock == nullptr) return;
-  if (lock->owner.load(std::memory_order_relaxed) != remembered_thread_number()) return;
+  if (lock->owner.load(std::memory_order_relaxed) != thread_number()) return;
   if (lock->depth > 0) {
     --lock->depth;
     return;

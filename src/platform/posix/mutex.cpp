@@ -2,11 +2,13 @@
 
 #include <errno.h>
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "platform/posix/deadline.h"
 #include "platform/posix/named_object.h"
@@ -24,8 +26,9 @@ namespace {
 
 struct SharedMutex {
   pthread_mutex_t mutex;
-  std::atomic<std::uint32_t> owner;  // the thread that holds it, or 0
+  std::atomic<std::uint64_t> owner;  // the thread that holds it, or 0
   std::uint32_t levels;              // how often it holds it; the owner's own
+  bool abandoned;                    // seen by a probe, which the next to take it is told
   // The process that took the mutex last. Only looked at while somebody holds it.
   std::atomic<pid_t> lastProcess;
 };
@@ -33,6 +36,11 @@ struct SharedMutex {
 // The kernel keeps a list of the robust mutexes that a thread holds, linked through the
 // mutexes themselves. So the memory of one must stay while a thread of this process holds
 // it, also when the host has given it back: such a mutex is parked until it is free.
+// How a mutex knows the calling thread. Between processes only the kernel's number will do.
+std::uint64_t CallerOf(bool named) {
+  return named ? static_cast<std::uint64_t>(syscall(SYS_gettid)) : thread_number();
+}
+
 std::mutex parked_lock;
 Mutex* parked_head = nullptr;
 
@@ -43,10 +51,7 @@ struct Mutex {
   SharedMutex local;
   Mutex* nextParked;
 
-  // A number that a fork copied would claim what another process holds.
-  std::uint32_t caller() const {
-    return named != nullptr ? thread_number() : remembered_thread_number();
-  }
+  std::uint64_t caller() const { return CallerOf(named != nullptr); }
   SharedMutex* shared() {
     return named != nullptr ? static_cast<SharedMutex*>(named_memory(named)) : &local;
   }
@@ -66,10 +71,11 @@ bool Initialise(SharedMutex* shared, bool named, bool owned) {
   shared->lastProcess = getpid();
   shared->owner = 0;
   shared->levels = 0;
+  shared->abandoned = false;
   if (owned) {
     // Nobody else can have it yet.
     if (pthread_mutex_trylock(&shared->mutex) != 0) return false;
-    shared->owner = named ? thread_number() : remembered_thread_number();
+    shared->owner = CallerOf(named);
     shared->levels = 1;
   }
   return true;
@@ -92,13 +98,10 @@ int LockBefore(pthread_mutex_t* mutex, const timespec& deadline) {
 // Frees `mutex` unless another thread of this process holds it.
 bool TryDestroy(Mutex* mutex) {
   SharedMutex* shared = mutex->shared();
-  const std::uint32_t probe = mutex_wait(mutex, 0);
-  if (probe == kWaitTimedOut) {
-    if (mutex->named == nullptr || shared->lastProcess == getpid()) return false;
-  } else {
-    while (mutex_release(mutex)) {
-    }
+  while (mutex_release(mutex)) {
   }
+  const bool ours = mutex->named == nullptr || shared->lastProcess == getpid();
+  if (mutex_is_held_elsewhere(mutex) && ours) return false;
   if (mutex->named != nullptr) {
     named_close(mutex->named);
   } else {
@@ -141,8 +144,7 @@ Mutex* mutex_open(const char* name, bool owned) {
 }
 
 void mutex_close(Mutex* mutex) {
-  if (mutex->named != nullptr && named_users(mutex->named) > 1) {
-    named_close(mutex->named);
+  if (mutex->named != nullptr && named_close_unless_last(mutex->named)) {
     delete mutex;
     return;
   }
@@ -175,14 +177,36 @@ std::uint32_t mutex_wait(Mutex* mutex, std::uint32_t ms) {
   }
   shared->owner = mutex->caller();
   if (mutex->named != nullptr) shared->lastProcess = getpid();
-  return result == 0 ? kWaitSignalled : kWaitAbandoned;
+  const bool abandoned = std::exchange(shared->abandoned, false);
+  return result == 0 && !abandoned ? kWaitSignalled : kWaitAbandoned;
+}
+
+bool mutex_is_held_elsewhere(Mutex* mutex) {
+  SharedMutex* shared = mutex->shared();
+  const std::uint64_t owner = shared->owner;
+  if (owner == 0 || owner == mutex->caller()) return false;
+  // The owner may have ended without releasing, which only taking the mutex can tell.
+  const int result = pthread_mutex_trylock(&shared->mutex);
+  if (result != 0 && result != EOWNERDEAD) return result == EBUSY;
+  if (result == EOWNERDEAD) {
+    pthread_mutex_consistent(&shared->mutex);
+    shared->abandoned = true;
+    shared->levels = 0;
+    shared->owner = 0;
+  }
+  pthread_mutex_unlock(&shared->mutex);
+  return false;
 }
 
 bool mutex_release(Mutex* mutex) {
   SharedMutex* shared = mutex->shared();
   if (shared->owner != mutex->caller()) return false;
   if (--shared->levels == 0) shared->owner = 0;
-  return pthread_mutex_unlock(&shared->mutex) == 0;
+  if (pthread_mutex_unlock(&shared->mutex) == 0) return true;
+  // A fork took the owner's place but not its hold.
+  ++shared->levels;
+  shared->owner = mutex->caller();
+  return false;
 }
 
 }  // namespace platform

@@ -44,6 +44,7 @@ namespace {
 // destructor, so both serve hosts that close their objects late.
 std::mutex list_lock;
 NamedObject* list_head = nullptr;
+std::uint32_t made_count = 0;
 
 // Names may hold any bytes and any number of them, so files are named by a 128-bit hash.
 void MakeFileName(const char* name, char (&out)[kFileNameLength + 1]) {
@@ -97,6 +98,8 @@ class LockedDirectory {
   LockedDirectory(const LockedDirectory&) = delete;
   LockedDirectory& operator=(const LockedDirectory&) = delete;
   ~LockedDirectory() {
+    // Before closing: a child that another thread forked has the descriptor, too.
+    if (held_) LockFile(lock_, LOCK_UN);
     if (lock_ >= 0) close(lock_);
     if (directory_ >= 0) close(directory_);
   }
@@ -109,7 +112,16 @@ class LockedDirectory {
 
   void Remove(const char* fileName) const { unlinkat(directory_, fileName, 0); }
 
-  // Removes the files that nobody has open: their last users were killed.
+  // Removes a file that nobody has open. Asked with a descriptor of its own, since a forked
+  // child shares those of its parent, and their locks.
+  void RemoveIfLitter(const char* fileName) const {
+    const int file = Open(fileName, 0);
+    if (file < 0) return;
+    if (LockFile(file, LOCK_EX | LOCK_NB)) Remove(fileName);
+    close(file);
+  }
+
+  // Removes the files whose last users were killed.
   void RemoveLitter() const {
     const int copy = openat(directory_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     DIR* listing = copy >= 0 ? fdopendir(copy) : nullptr;
@@ -118,11 +130,7 @@ class LockedDirectory {
       return;
     }
     while (const dirent* entry = readdir(listing)) {
-      if (std::strlen(entry->d_name) != kFileNameLength) continue;
-      const int file = Open(entry->d_name, 0);
-      if (file < 0) continue;
-      if (LockFile(file, LOCK_EX | LOCK_NB)) Remove(entry->d_name);
-      close(file);
+      if (std::strlen(entry->d_name) == kFileNameLength) RemoveIfLitter(entry->d_name);
     }
     closedir(listing);
   }
@@ -168,7 +176,11 @@ bool OpenFile(const LockedDirectory& directory, NamedObject* object,
   }
   if (usable && LockFile(file, LOCK_SH)) {
     object->file = file;
-    if (fresh) directory.RemoveLitter();
+    // Now and then is enough, and keeps the making of many objects cheap.
+    if (fresh) {
+      ++made_count;
+      if ((made_count & (made_count - 1)) == 0) directory.RemoveLitter();
+    }
     return true;
   }
   if (object->mapping != nullptr) munmap(object->mapping, object->mappingSize);
@@ -209,9 +221,11 @@ NamedObject* named_open(const char* name, NamedKind kind, std::size_t size,
 
 void* named_memory(NamedObject* object) { return object->mapping + kHeaderSize; }
 
-int named_users(NamedObject* object) {
+bool named_close_unless_last(NamedObject* object) {
   std::lock_guard<std::mutex> guard(list_lock);
-  return object->users;
+  if (object->users == 1) return false;
+  --object->users;
+  return true;
 }
 
 void named_close(NamedObject* object) {
@@ -223,10 +237,8 @@ void named_close(NamedObject* object) {
 
   munmap(object->mapping, object->mappingSize);
   const LockedDirectory directory;
-  if (directory.held() && LockFile(object->file, LOCK_EX | LOCK_NB)) {
-    directory.Remove(object->fileName);
-  }
   close(object->file);
+  if (directory.held()) directory.RemoveIfLitter(object->fileName);
   delete object;
 }
 

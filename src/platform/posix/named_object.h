@@ -28,10 +28,11 @@ NamedObject* named_open(const char* name, NamedKind kind, std::size_t size,
 // The object's memory, aligned for any type.
 void* named_memory(NamedObject* object);
 
-// How many opens of this process have not been closed.
-int named_users(NamedObject* object);
-
 void named_close(NamedObject* object);
+
+// Closes as named_close does if another open of this process remains. False, with nothing
+// done, if this is the last one.
+bool named_close_unless_last(NamedObject* object);
 
 }  // namespace platform
 

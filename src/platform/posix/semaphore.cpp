@@ -1,5 +1,6 @@
 #include "platform/semaphore.h"
 
+#include <climits>
 #include <new>
 
 #include "platform/posix/deadline.h"
@@ -28,6 +29,10 @@ bool Initialise(void* memory, const void* context) {
   shared->sleepers = 0;
   shared->maximum = counts.maximum;
   return true;
+}
+
+bool IsBefore(const timespec& a, const timespec& b) {
+  return a.tv_sec != b.tv_sec ? a.tv_sec < b.tv_sec : a.tv_nsec < b.tv_nsec;
 }
 
 bool TakeOne(SharedCount* shared) {
@@ -66,6 +71,19 @@ namespace {
 
 void AddUser(Semaphore* semaphore) { semaphore->users.fetch_add(1); }
 
+// Sleeps until a post, or until the deadline, which gives false. A post of a process that was
+// killed before it could wake anybody is found within a moment.
+bool Sleep(Semaphore* semaphore, const timespec* deadline) {
+  constexpr std::uint32_t kMomentMs = 100;
+  const FutexScope scope = semaphore->scope();
+  const timespec moment = deadline_after(kMomentMs);
+  const bool shorter =
+      scope == FutexScope::kShared && (deadline == nullptr || IsBefore(moment, *deadline));
+  const bool inTime =
+      futex_wait(&semaphore->shared()->count, 0, shorter ? &moment : deadline, scope);
+  return inTime || shorter;
+}
+
 void DropUser(Semaphore* semaphore) {
   if (semaphore->users.fetch_sub(1) != 1) return;
   if (semaphore->named != nullptr) named_close(semaphore->named);
@@ -99,7 +117,9 @@ bool semaphore_post(Semaphore* semaphore, std::int32_t count) {
   SharedCount* shared = semaphore->shared();
   const bool added = AddCount(shared, count);
   if (added && shared->sleepers.load() != 0) {
-    futex_wake(&shared->count, count, semaphore->scope());
+    // The one that is woken may be killed before it takes, if it is another process's.
+    const bool all = semaphore->scope() == FutexScope::kShared;
+    futex_wake(&shared->count, all ? INT_MAX : count, semaphore->scope());
   }
   DropUser(semaphore);
   return added;
@@ -118,8 +138,7 @@ std::uint32_t semaphore_wait(Semaphore* semaphore, std::uint32_t ms) {
   for (;;) {
     taken = TakeOne(shared);
     if (taken || !inTime) break;
-    inTime =
-        futex_wait(&shared->count, 0, ms == kNoLimit ? nullptr : &deadline, semaphore->scope());
+    inTime = Sleep(semaphore, ms == kNoLimit ? nullptr : &deadline);
   }
   shared->sleepers.fetch_sub(1);
   DropUser(semaphore);

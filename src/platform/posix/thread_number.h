@@ -1,23 +1,20 @@
-// The kernel's number of the calling thread.
+// Numbers by which a lock knows its owner.
 
 #ifndef KALVOBASE_SRC_PLATFORM_POSIX_THREAD_NUMBER_H_
 #define KALVOBASE_SRC_PLATFORM_POSIX_THREAD_NUMBER_H_
 
-#include <sys/syscall.h>
-#include <unistd.h>
-
+#include <atomic>
 #include <cstdint>
 
 namespace platform {
 
-// As the kernel tells it now: unique among all processes.
-inline std::uint32_t thread_number() { return static_cast<std::uint32_t>(syscall(SYS_gettid)); }
-
-// Asked once a thread. After a fork the child's only thread goes on with the number that it
-// had, which no other thread of the child can get: it still holds what it held.
-inline std::uint32_t remembered_thread_number() {
-  __attribute__((tls_model("initial-exec"))) static thread_local std::uint32_t number = 0;
-  if (number == 0) number = thread_number();
+// The calling thread's number, never 0. It is given once, never again in this process or in
+// one that is forked from it, so a lock that a thread left behind stays held. A forked child
+// goes on as the thread that forked.
+inline std::uint64_t thread_number() {
+  static std::atomic<std::uint64_t> last{0};
+  __attribute__((tls_model("initial-exec"))) static thread_local std::uint64_t number = 0;
+  if (number == 0) number = last.fetch_add(1, std::memory_order_relaxed) + 1;
   return number;
 }
 
