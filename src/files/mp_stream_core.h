@@ -12,6 +12,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "kalvobase/text.h"
 
@@ -38,6 +39,16 @@ class MP_StreamCore : public Kalvo_StringCursor {
   // Calls no line hook. Returns the number of bytes, 0 for a null `p`, or what DrainBuffer
   // gave.
   int WriteBlock(const char* p, int n);
+
+  // The same for a block that fits as it is, from elsewhere; false, with nothing done, if it
+  // does not fit.
+  bool TryWrite(const char* p, int n) {
+    if (n < 1 || n > limit - end) return false;
+    std::memcpy(end, p, static_cast<std::size_t>(n));
+    end += n;
+    lastByte_ = end[-1];
+    return true;
+  }
 
   // Appends the `n` bytes of a number in the order that the order flag tells: most
   // significant byte first, or with the flag 0 least significant byte first. `n` or -1.

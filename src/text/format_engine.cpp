@@ -64,8 +64,8 @@ class Engine {
   void PutByLibrary(const Conversion& conversion, T value);
 
   void PutInteger(const Conversion& conversion, char sign, const char* digits, int count);
-  void PutField(const Conversion& conversion, char sign, std::int64_t zeros, const char* body,
-                int bodyLength, int slack);
+  void PutField(const Conversion& conversion, bool zeroPadded, char sign, std::int64_t zeros,
+                const char* body, int bodyLength, int slack);
   void PutBlock(const char* bytes, int n);
   bool Reserve(std::int64_t n);
   void Advance(std::int64_t n);
@@ -105,9 +105,10 @@ const char* Engine::PutLiteral(const char* format) {
     return format + 1;
   }
   const char* end = format;
-  while (*end != '\0' && *end != '%' && *end != '\n' && end - format < INT_MAX) ++end;
-  PutBlock(format, static_cast<int>(end - format));
-  return end;
+  while (*end != '\0' && *end != '%' && *end != '\n') ++end;
+  const int n = static_cast<int>(std::min<std::ptrdiff_t>(end - format, INT_MAX));
+  PutBlock(format, n);
+  return format + n;
 }
 
 const char* Engine::ParseNumber(const char* format, int* number) {
@@ -148,7 +149,7 @@ const char* Engine::Parse(const char* format, Conversion* conversion) {
     conversion->precision = std::max(conversion->precision, 0);
   }
 
-  if (std::strncmp(format, "I64", 3) == 0) {
+  if (format[0] == 'I' && format[1] == '6' && format[2] == '4') {
     conversion->is64 = true;
     format += 3;
   } else if (flag('l')) {
@@ -241,50 +242,46 @@ void Engine::PutUnsigned(const Conversion& conversion) {
 }
 
 void Engine::PutInteger(const Conversion& conversion, char sign, const char* digits, int count) {
-  Conversion field = conversion;
   std::int64_t zeros = 0;
   if (conversion.hasPrecision) {
-    field.zero = false;
     if (conversion.precision == 0 && count == 1 && *digits == '0') count = 0;
     zeros = std::max(0, conversion.precision - count);
   }
-  PutField(field, sign, zeros, digits, count, conversion.is64 ? kLongSlack : kPlainSlack);
+  PutField(conversion, conversion.zero && !conversion.hasPrecision, sign, zeros, digits, count,
+           conversion.is64 ? kLongSlack : kPlainSlack);
 }
 
 void Engine::PutChar(const Conversion& conversion) {
   const char c = static_cast<char>(conversion.is64 ? va_arg(args_, long long) : va_arg(args_, int));
+  const int slack = conversion.is64 ? kLongSlack : kPlainSlack;
   // A zero byte counts inside an exact field only; otherwise the output ends at it.
-  if (c == '\0' && !conversion.exact) {
-    Conversion blanks = conversion;
-    blanks.width = conversion.left ? 0 : conversion.width;
-    PutField(blanks, '\0', 0, "", 0, kPlainSlack);
-    return;
+  if (c != '\0' || conversion.exact) {
+    PutField(conversion, false, '\0', 0, &c, 1, slack);
+  } else if (!conversion.left) {
+    PutField(conversion, false, '\0', 0, "", 0, slack);
   }
-  Conversion field = conversion;
-  field.zero = false;
-  PutField(field, '\0', 0, &c, 1, conversion.is64 ? kLongSlack : kPlainSlack);
 }
 
 void Engine::PutText(const Conversion& conversion) {
   const char* text = va_arg(args_, const char*);
   if (text == nullptr) return;
+  int length;
   if (conversion.precision > 0) {
-    Conversion field = conversion;
-    field.zero = false;
-    PutField(field, '\0', 0, text, LengthWithin(text, conversion.precision), kPlainSlack);
-    return;
-  }
-  // Without padding a precision of 0 counts for nothing; with it, it means no bytes.
-  const int length = Length(text);
-  if (conversion.width == 0) {
-    PutBlock(text, length);
-  } else if (conversion.exact && conversion.width <= length) {
-    PutBlock(text, static_cast<int>(conversion.width));
+    length = LengthWithin(text, conversion.precision);
   } else {
-    Conversion field = conversion;
-    field.zero = false;
-    PutField(field, '\0', 0, text, conversion.hasPrecision ? 0 : length, kPlainSlack);
+    // Without padding a precision of 0 counts for nothing; with it, it means no bytes.
+    length = Length(text);
+    if (conversion.width == 0) {
+      PutBlock(text, length);
+      return;
+    }
+    if (conversion.exact && conversion.width <= length) {
+      PutBlock(text, static_cast<int>(conversion.width));
+      return;
+    }
+    if (conversion.hasPrecision) length = 0;
   }
+  PutField(conversion, false, '\0', 0, text, length, kPlainSlack);
 }
 
 void Engine::PutFixed(const Conversion& conversion) {
@@ -299,7 +296,7 @@ void Engine::PutFixed(const Conversion& conversion) {
     return;
   }
   const char sign = std::signbit(value) ? '-' : conversion.plus ? '+' : '\0';
-  PutField(conversion, sign, 0, digits, count, kFloatSlack);
+  PutField(conversion, conversion.zero, sign, 0, digits, count, kFloatSlack);
 }
 
 // Leaves a conversion to the runtime library, with its width cut to exactness afterwards.
@@ -339,30 +336,29 @@ void Engine::PutByLibrary(const Conversion& conversion, T value) {
 
 // Puts sign, zeros and body into the field: padded up to the width, with zeros behind the
 // sign if asked for, and cut to it if it is exact.
-void Engine::PutField(const Conversion& conversion, char sign, std::int64_t zeros, const char* body,
-                      int bodyLength, int slack) {
+void Engine::PutField(const Conversion& conversion, bool zeroPadded, char sign, std::int64_t zeros,
+                      const char* body, int bodyLength, int slack) {
   const std::int64_t length = (sign != '\0' ? 1 : 0) + zeros + bodyLength;
   const std::int64_t field = std::max(length, conversion.width);
   if (!Reserve(field + slack)) return;
   const std::int64_t padding = field - length;
-  std::int64_t blanksBefore = 0;
-  if (!conversion.left) {
-    if (conversion.zero) {
+  char* out = core_->End();
+  if (padding > 0 && !conversion.left) {
+    if (zeroPadded) {
       zeros += padding;
     } else {
-      blanksBefore = padding;
+      out = std::fill_n(out, padding, ' ');
     }
   }
-  char* out = std::fill_n(core_->End(), blanksBefore, ' ');
   if (sign != '\0') *out++ = sign;
-  out = std::fill_n(out, zeros, '0');
-  out = std::copy_n(body, bodyLength, out);
-  if (conversion.left) std::fill_n(out, padding, ' ');
+  if (zeros > 0) out = std::fill_n(out, zeros, '0');
+  std::memcpy(out, body, static_cast<std::size_t>(bodyLength));
+  if (padding > 0 && conversion.left) std::fill_n(out + bodyLength, padding, ' ');
   Advance(conversion.exact ? conversion.width : field);
 }
 
 void Engine::PutBlock(const char* bytes, int n) {
-  if (core_->WriteBlock(bytes, n) < n) {
+  if (!core_->TryWrite(bytes, n) && core_->WriteBlock(bytes, n) < n) {
     failed_ = true;
     return;
   }
