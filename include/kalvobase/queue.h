@@ -140,7 +140,7 @@ class KALVO_API Kalvo_Queue {
   // Sorts by `compare`, which gets two items and `context` and returns below 0, 0 or
   // above 0. It runs under the queue's lock. Two equal items keep their order; three
   // or more are not sorted stably. If `compare` contradicts itself on the first and
-  // last item, the queue stays as it was, as it does if `compare` throws.
+  // last item, the queue stays as it was, as it does if `compare` throws or edits the queue.
   void QSort(int (*compare)(Kalvo_QueueObject*, Kalvo_QueueObject*, void*), void* context);
 
  private:

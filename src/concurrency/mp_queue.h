@@ -11,8 +11,8 @@
 #include "kalvobase/queue.h"
 #include "platform/event.h"
 
-// Every operation takes the queue's lock itself, if it has one. The static ones act on an
-// object in whatever queue it is.
+// Every operation takes the queue's lock itself, if it has one; WaitData and Signal need
+// none. The static ones act on an object in whatever queue it is.
 class MP_Queue {
  public:
   using Compare = int (*)(Kalvo_QueueObject*, Kalvo_QueueObject*, void*);
@@ -50,12 +50,11 @@ class MP_Queue {
   static void Unlock(MP_Queue* queue);
   static Kalvo_QueueObject* AddBeside(Kalvo_QueueObject* place, Kalvo_QueueObject* object,
                                       bool after);
-  void MoveBefore(MP_QueueItem* item, MP_QueueLink* behind);
-  static void SwapObjects(MP_QueueItem* a, MP_QueueItem* b);
-
   Kalvo_QueueObject* Access(std::int32_t index, std::int32_t ms, bool remove);
 
   // These expect the lock to be held.
+  static void SwapObjects(MP_QueueItem* a, MP_QueueItem* b);
+  void MoveBefore(MP_QueueItem* item, MP_QueueLink* behind);
   MP_QueueLink* Target(std::int32_t index);
   MP_QueueItem* FindItem(std::int32_t index);
   bool PutIn(MP_QueueItem* item, MP_QueueLink* behind);

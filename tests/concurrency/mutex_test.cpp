@@ -73,10 +73,16 @@ TEST(Mutex, DestroyedWhileAnotherThreadHoldsIt) {
     });
     locked.Wait(0xFFFFFFFF);
     mutex.reset();
+    // The name still finds it, and what is held by it stays held.
+    Kalvo_Mutex again;
+    EXPECT_EQ(again.Init(0, &name[0]), 1);
+    EXPECT_EQ(again.IsLocked(), named ? 1 : 0);
     go.Set();
     owner.join();
+    EXPECT_EQ(again.Lock(0), named ? 0 : 1);  // abandoned
     Kalvo_Mutex next;
     EXPECT_EQ(next.Init(0, nullptr), 1);
+    EXPECT_EQ(again.Unlock(), 1);  // clearing up took no level away
   }
 }
 

@@ -33,14 +33,14 @@ struct SharedMutex {
   std::atomic<pid_t> lastProcess;
 };
 
-// The kernel keeps a list of the robust mutexes that a thread holds, linked through the
-// mutexes themselves. So the memory of one must stay while a thread of this process holds
-// it, also when the host has given it back: such a mutex is parked until it is free.
 // How a mutex knows the calling thread. Between processes only the kernel's number will do.
 std::uint64_t CallerOf(bool named) {
   return named ? static_cast<std::uint64_t>(syscall(SYS_gettid)) : thread_number();
 }
 
+// The kernel keeps a list of the robust mutexes that a thread holds, linked through the
+// mutexes themselves. So the memory of one must stay while a thread of this process holds
+// it, also when the host has given it back: such a mutex is parked until it is free.
 std::mutex parked_lock;
 Mutex* parked_head = nullptr;
 
@@ -95,8 +95,13 @@ int LockBefore(pthread_mutex_t* mutex, const timespec& deadline) {
   return result;
 }
 
-// Frees `mutex` unless another thread of this process holds it.
+// Frees `mutex`, unless it is the last of its kind in this process and another thread of the
+// process holds it.
 bool TryDestroy(Mutex* mutex) {
+  if (mutex->named != nullptr && named_close_unless_last(mutex->named)) {
+    delete mutex;
+    return true;
+  }
   SharedMutex* shared = mutex->shared();
   while (mutex_release(mutex)) {
   }
@@ -144,10 +149,6 @@ Mutex* mutex_open(const char* name, bool owned) {
 }
 
 void mutex_close(Mutex* mutex) {
-  if (mutex->named != nullptr && named_close_unless_last(mutex->named)) {
-    delete mutex;
-    return;
-  }
   if (TryDestroy(mutex)) return;
   std::lock_guard<std::mutex> guard(parked_lock);
   mutex->nextParked = parked_head;
