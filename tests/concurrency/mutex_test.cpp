@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <thread>
@@ -148,9 +149,11 @@ TEST(Mutex, AbandonedByAKilledProcess) {
 TEST(Mutex, AskingTakesNothing) {
   Kalvo_Mutex mutex;
   mutex.Init(0, nullptr);
-  const auto ask = [&mutex] {
+  std::atomic<int> asking{0};
+  const auto ask = [&] {
+    for (++asking; asking < 2;) std::this_thread::yield();
     int held = 0;
-    for (int i = 0; i < 20000; ++i) held += mutex.IsLocked();
+    for (int i = 0; i < 200000; ++i) held += mutex.IsLocked();
     return held;
   };
   int heldThere = -1;
