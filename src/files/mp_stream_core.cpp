@@ -82,11 +82,6 @@ int MP_StreamCore::MakeRoom() {
   return EnsureBlock(std::int64_t{Length()} + 1) ? 1 : -1;
 }
 
-int MP_StreamCore::PutCount(int c) {
-  const int result = PutByte(c);
-  return result < 0 ? result : 1;
-}
-
 std::ptrdiff_t MP_StreamCore::OffsetOf(const char* p) const {
   const std::less<const char*> before;
   return before(p, block_) || before(end, p) ? -1 : p - block_;

@@ -32,9 +32,6 @@ class MP_StreamCore : public Kalvo_StringCursor {
   // Appends a byte. The byte as 0 to 255, or what failed, less 1.
   int PutByte(int c);
 
-  // The same with 1 for success.
-  int PutCount(int c);
-
   // Appends `n` bytes, which may lie in this buffer; a negative `n` means the text `p`.
   // Calls no line hook. Returns the number of bytes, 0 for a null `p`, or what DrainBuffer
   // gave.
