@@ -26,6 +26,7 @@
 
 #include "kalvobase/types.h"
 
+class MP_HeldString;
 class MP_String;
 class MP_StringArray;
 
@@ -289,6 +290,9 @@ class KALVO_API Kalvo_String {
   const char* Base64Decode(const char* p, int n);
 
  private:
+  friend class MP_HeldString;
+  friend class MP_String;
+  explicit Kalvo_String(MP_String& held);
   MP_String* impl() const;
   Kalvo_String* AppendRun(char c, int n);
 
@@ -375,6 +379,8 @@ class KALVO_API Kalvo_StringArray {
   friend KALVO_API int operator==(const Kalvo_StringArray& a, const Kalvo_StringArray& b);
 
  private:
+  friend class MP_StringArray;
+
   MP_StringArray* impl_;
 };
 

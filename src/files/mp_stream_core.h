@@ -64,12 +64,16 @@ class MP_StreamCore : public Kalvo_StringCursor {
 
   char GetLastByte() const { return lastByte_; }
   void ClearLastByte() { lastByte_ = 0; }
+  int orderFlag() const { return orderFlag_; }
   void SetOrderFlag(int flag) { orderFlag_ = flag; }
 
   // The free bytes of the capacity.
   int BufferedBytes() const { return capacity_ - Length(); }
 
   int Length() const { return static_cast<int>(end - block_); }
+
+  // The offset of `p` in the content, its end included, or -1 if it points elsewhere.
+  std::ptrdiff_t OffsetOf(const char* p) const;
 
  protected:
   static constexpr std::int32_t kMaxCapacity = INT_MAX - 1;  // leaves the terminator its byte
@@ -86,9 +90,6 @@ class MP_StreamCore : public Kalvo_StringCursor {
 
   // Makes room for one byte at least: 1, or what DrainBuffer gave.
   int MakeRoom();
-
-  // The offset of `p` in the content, or -1 if it points elsewhere.
-  std::ptrdiff_t OffsetOf(const char* p) const;
 
   // Drops the content behind `length`.
   void SetLength(int length) { end = block_ + length; }

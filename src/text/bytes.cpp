@@ -38,14 +38,7 @@ unsigned long HashSigned(std::int32_t v) { return static_cast<std::uint32_t>(v >
 
 unsigned long HashUnsigned(std::uint32_t v) { return v >> 4; }
 
-template <class Fold>
-unsigned long HashText(const char* s, Fold fold) {
-  std::uint32_t hash = 0;
-  for (; s != nullptr && *s != '\0'; ++s) {
-    hash = hash * 33 + static_cast<std::uint32_t>(fold(static_cast<signed char>(*s)));
-  }
-  return hash;
-}
+std::size_t Length(const char* s) { return s == nullptr ? 0 : std::strlen(s); }
 
 }  // namespace
 
@@ -83,8 +76,6 @@ unsigned long Kalvo_HashKey(unsigned int v) { return HashUnsigned(v); }
 unsigned long Kalvo_HashKey(long v) { return HashSigned(static_cast<std::int32_t>(v)); }
 unsigned long Kalvo_HashKey(unsigned long v) { return HashUnsigned(static_cast<std::uint32_t>(v)); }
 
-unsigned long Kalvo_HashKey(const char* s) {
-  return HashText(s, [](int c) { return c; });
-}
+unsigned long Kalvo_HashKey(const char* s) { return text::Hash(s, Length(s)); }
 
-unsigned long Kalvo_HashKeyNocase(const char* s) { return HashText(s, text::LowerAscii); }
+unsigned long Kalvo_HashKeyNocase(const char* s) { return text::HashNocase(s, Length(s)); }

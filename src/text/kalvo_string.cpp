@@ -4,13 +4,13 @@
 #include "text/date_format.h"
 #include "text/mp_string.h"
 
-inline MP_String* Kalvo_String::impl() const { return static_cast<MP_String*>(cursor_); }
-
 // --- Making and assigning -----------------------------------------------------------
 
 Kalvo_String::Kalvo_String() : cursor_(new MP_String) {}
 
 Kalvo_String::Kalvo_String(const char* s) : cursor_(new MP_String(s)) {}
+
+Kalvo_String::Kalvo_String(MP_String& held) : cursor_(&held) {}
 
 Kalvo_String::Kalvo_String(const char* s, int n) : Kalvo_String() { impl()->AssignText(s, n); }
 

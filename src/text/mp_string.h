@@ -14,6 +14,8 @@
 
 class MP_String : public MP_StreamCore {
  public:
+  static MP_String& Of(Kalvo_String& string) { return *string.impl(); }
+
   MP_String();
   explicit MP_String(const char* text);
 
@@ -32,6 +34,15 @@ class MP_String : public MP_StreamCore {
   void AppendText(const char* text);
   void AppendText(const char* text, int n);
   void AppendRun(char c, int n);
+
+  // Counts `n` more bytes as written and gives the place where the caller puts them; null,
+  // with nothing changed, if there is no room.
+  char* Extend(int n) {
+    if (n > limit - end && Reserve(n) < 0) return nullptr;
+    char* place = end;
+    end += n;
+    return place;
+  }
 
   // The content, terminated.
   const char* Text();
@@ -98,7 +109,9 @@ class MP_String : public MP_StreamCore {
 
   std::unique_ptr<MP_String> scratch_;  // where formatted texts are written first
   char quote_ = '\0';
-  char firstBlock_[kFirstBlockSize];
+  alignas(8) char firstBlock_[kFirstBlockSize];  // numbers may be read from it in place
 };
+
+inline MP_String* Kalvo_String::impl() const { return static_cast<MP_String*>(cursor_); }
 
 #endif  // KALVOBASE_SRC_TEXT_MP_STRING_H_

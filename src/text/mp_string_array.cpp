@@ -9,10 +9,6 @@ namespace {
 
 constexpr int kTail = -1;
 
-MP_StringArrayItem* Next(MP_StringArrayItem* item) {
-  return static_cast<MP_StringArrayItem*>(item->Next());
-}
-
 }  // namespace
 
 MP_StringArray::MP_StringArray() : queue_(new Kalvo_Queue(0, 0)) {}
@@ -82,7 +78,7 @@ Kalvo_String* MP_StringArray::InsertArray(int i, const MP_StringArray& other) {
 
 int MP_StringArray::Append(const MP_StringArray& other) {
   MP_StringArrayItem* item = other.First();
-  for (int left = other.GetSize(); left > 0; --left, item = Next(item)) {
+  for (int left = other.GetSize(); left > 0; --left, item = item->NextItem()) {
     InsertText(kTail, item->text.c_str(), -1);
   }
   return GetSize();
@@ -99,7 +95,7 @@ void MP_StringArray::RemoveAt(int i, int n) {
   n = std::min(n, GetSize() - i);
   MP_StringArrayItem* item = ItemAt(i);
   for (; n > 0; --n) {
-    MP_StringArrayItem* next = Next(item);
+    MP_StringArrayItem* next = item->NextItem();
     delete item;
     item = next;
   }
@@ -113,7 +109,7 @@ bool MP_StringArray::Equals(const MP_StringArray& other) const {
   if (GetSize() != other.GetSize()) return false;
   MP_StringArrayItem* a = First();
   MP_StringArrayItem* b = other.First();
-  for (; a != nullptr; a = Next(a), b = Next(b)) {
+  for (; a != nullptr; a = a->NextItem(), b = b->NextItem()) {
     if (a->text != b->text) return false;
   }
   return true;

@@ -10,14 +10,19 @@
 
 class MP_StringArrayItem : public Kalvo_QueueObject {
  public:
+  MP_StringArrayItem* NextItem() { return static_cast<MP_StringArrayItem*>(Next()); }
+
   Kalvo_String text;
 };
 
 class MP_StringArray {
  public:
+  static MP_StringArray& Of(const Kalvo_StringArray& array) { return *array.impl_; }
+
   MP_StringArray();
 
   int GetSize() const;
+  MP_StringArrayItem* First() const;
   Kalvo_String* GetAt(int i) const;
   Kalvo_String* InsertText(int i, const char* s, int n);
   Kalvo_String* InsertString(int i, const Kalvo_String& s);
@@ -34,7 +39,6 @@ class MP_StringArray {
   int SplitString(Kalvo_String* text, char separator, bool merge);
 
  private:
-  MP_StringArrayItem* First() const;
   MP_StringArrayItem* ItemAt(int i) const;
   int PlaceFor(int i) const;
   Kalvo_String* Insert(int i, MP_StringArrayItem* item);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 namespace text {
@@ -24,6 +25,29 @@ inline int LengthWithin(const char* s, int limit) {
 
 // A to Z as a to z, whatever the locale.
 inline int LowerAscii(int c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; }
+
+// h = h * 33 + c over the bytes, each as a signed number that `fold` may change.
+template <class Fold>
+std::uint32_t Hash(const char* s, std::size_t n, Fold fold) {
+  constexpr std::uint32_t k = 33;
+  const auto at = [s, fold](std::size_t i) {
+    return static_cast<std::uint32_t>(fold(static_cast<signed char>(s[i])));
+  };
+  std::uint32_t hash = 0;
+  std::size_t i = 0;
+  for (; n - i >= 4; i += 4) {  // four steps in one, so that they need not wait for each other
+    hash = hash * (k * k * k * k) +
+           (at(i) * (k * k * k) + at(i + 1) * (k * k) + at(i + 2) * k + at(i + 3));
+  }
+  for (; i < n; ++i) hash = hash * k + at(i);
+  return hash;
+}
+
+inline std::uint32_t Hash(const char* s, std::size_t n) {
+  return Hash(s, n, [](int c) { return c; });
+}
+
+inline std::uint32_t HashNocase(const char* s, std::size_t n) { return Hash(s, n, LowerAscii); }
 
 }  // namespace text
 
