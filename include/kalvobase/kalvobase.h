@@ -12,6 +12,7 @@
 #include "kalvobase/queue.h"
 #include "kalvobase/text.h"
 #include "kalvobase/types.h"
+#include "kalvobase/value.h"
 #include "kalvobase/waitable.h"
 // IWYU pragma: end_exports
 
