@@ -1,9 +1,10 @@
 // The gateway's agent: watches the machine that it runs on.
 //
-//   agent [rounds [milliseconds between two rounds]]
+//   agent [rounds [milliseconds between two rounds [file]]]
 //
-// One thread takes samples and puts them in a queue; another takes them out, sorts them
-// and prints a report at the end.
+// One thread takes samples and puts them in a queue; another takes them out and keeps them
+// in one table. At the end the table goes to a file and comes back, and what came back is
+// printed.
 
 #include <kalvobase/kalvobase.h>
 
@@ -11,8 +12,8 @@
 #include <ctime>
 #include <thread>
 
+#include "history.h"
 #include "machine.h"
-#include "report.h"
 #include "sample.h"
 
 namespace {
@@ -27,16 +28,21 @@ long Argument(int argc, char** argv, int i, long otherwise) {
 void Produce(Kalvo_Queue* queue, Kalvo_Counter* taken, long rounds, unsigned long intervalMs) {
   for (long round = 0; round < rounds; ++round) {
     if (round > 0) Kalvo_Thread_Sleep(intervalMs);
-    taken->Add(TakeSamples(queue));
+    Sample* sample = new Sample;
+    TakeSample(&sample->values);
+    queue->AddItemAtTail(sample);
+    taken->Add(1);
   }
 }
 
-// Moves samples to `collected` until the producer is done and nothing is left.
-void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Kalvo_Queue* collected) {
+// Keeps samples under the numbers from 0 on until the producer is done and nothing is left.
+void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Kalvo_KValueTable* history) {
   for (;;) {
     const bool last = done->Wait(0) == 0;
-    if (Kalvo_QueueObject* sample = queue->RemoveItemAtHead(last ? 0 : kPatienceMs)) {
-      collected->AddItemAtTail(sample);
+    Kalvo_QueueObject* object = queue->RemoveItemAtHead(last ? 0 : kPatienceMs);
+    if (object != nullptr) {
+      *history->InsertTable(history->GetCount()) = static_cast<Sample*>(object)->values;
+      delete object;
     } else if (last) {
       return;
     }
@@ -48,6 +54,7 @@ void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Kalvo_Queue* collected) {
 int main(int argc, char** argv) {
   const long rounds = Argument(argc, argv, 1, 10);
   const long intervalMs = Argument(argc, argv, 2, 100);
+  const char* path = argc > 3 ? argv[3] : "samples.form";
 
   Kalvo_String program;
   Kalvo_GetExeBaseName(&program);
@@ -59,22 +66,34 @@ int main(int argc, char** argv) {
   std::puts(title.c_str());
 
   Kalvo_Queue queue(1, 1);
-  Kalvo_Queue collected(0, 0);
   Kalvo_Event done(1, 0, nullptr);
   Kalvo_Counter taken;
-  const unsigned long started = Kalvo_THREAD_GetTickCount();
-  std::thread collector(Collect, &queue, &done, &collected);
+  Kalvo_KValueTable history;
+  std::thread collector(Collect, &queue, &done, &history);
   Produce(&queue, &taken, rounds, static_cast<unsigned long>(intervalMs));
   done.Set();
   collector.join();
 
-  collected.QSort(Sample::ByMetric, nullptr);
-  PrintReport(&collected);
-  const unsigned long passed = (Kalvo_THREAD_GetTickCount() - started) & 0xFFFFFFFFul;
-  Kalvo_String summary;
-  summary.sprintf("\n%d samples taken, %u reported, in %u ms", static_cast<int>(taken.Get()),
-                  static_cast<unsigned int>(collected.GetItemCount()),
-                  static_cast<unsigned int>(passed));
-  std::puts(summary.c_str());
-  return taken.Get() == static_cast<long>(collected.GetItemCount()) ? 0 : 1;
+  Kalvo_KValueTable stored;
+  if (!SaveTable(&history, path) || !LoadTable(&stored, path)) {
+    std::printf("%s cannot be written and read\n", path);
+    return 1;
+  }
+  std::puts("The last sample:");
+  PrintTree(stored.GetAt(-1)->GetValueTable(), 2);
+
+  Kalvo_KValueTable total;
+  Kalvo_Key* key = nullptr;
+  for (Kalvo_Value* sample = stored.GetFirst(key); sample != nullptr;
+       sample = stored.GetNext(key)) {
+    AddUp(&total, sample->GetValueTable());
+  }
+  DivideAll(&total, rounds);
+  std::puts("\nOn average:");
+  PrintTree(&total, 2);
+
+  const bool equal = stored == history;
+  std::printf("\n%ld samples taken, %lu in %s, %s to those in memory\n", taken.Get(),
+              stored.GetCount(), path, equal ? "equal" : "not equal");
+  return equal && taken.Get() == static_cast<long>(stored.GetCount()) ? 0 : 1;
 }

@@ -1,16 +1,69 @@
 #include "sample.h"
 
-Sample::Sample(const char* metric, double measured, const char* measuredIn, long moment)
-    : name(metric), unit(measuredIn), value(measured), time(moment) {}
+#include <ctime>
+
+#include "machine.h"
+
+namespace {
+
+constexpr double kBytesPerMib = 1024 * 1024;
+
+void TakeLoad(Kalvo_KValueTable* load) {
+  static const char* const kNames[] = {"1min", "5min", "15min"};
+  Kalvo_String text = ReadText("/proc/loadavg");
+  Kalvo_StringArray words;
+  SplitWords(&text, &words);
+  for (int i = 0; i < 3 && i < words.GetSize(); ++i)
+    load->Insert(kNames[i])->Set(words[i]->ToFloat());
+}
+
+void TakeMemory(Kalvo_KValueTable* memory) {
+  Kalvo_StringArray lines;
+  lines.Split(ReadText("/proc/meminfo").c_str(), '\n', 1);
+  for (int i = 0; i < lines.GetSize(); ++i) {
+    Kalvo_StringArray words;
+    SplitWords(lines[i], &words);
+    if (words.GetSize() < 2) continue;
+    const char* name = *words[0] == "MemTotal:"       ? "total"
+                       : *words[0] == "MemAvailable:" ? "available"
+                                                      : nullptr;
+    if (name == nullptr) continue;
+    const unsigned long mib = static_cast<unsigned long>(words[1]->ToFloat() / 1024);
+    memory->Insert(name)->Set(mib);
+  }
+}
+
+// "  eth0: received packets ... (8 numbers) sent packets ..."
+void TakeNetwork(Kalvo_KValueTable* network) {
+  Kalvo_StringArray lines;
+  lines.Split(ReadText("/proc/net/dev").c_str(), '\n', 1);
+  for (int i = 0; i < lines.GetSize(); ++i) {
+    int colon = 0;
+    if (lines[i]->Find(0, ":", colon, 0) == nullptr) continue;  // the two heading lines
+    Kalvo_String name(lines[i]->c_str(), colon);
+    name.Trim();
+    lines[i]->Delete(0, colon + 1);
+    Kalvo_StringArray words;
+    SplitWords(lines[i], &words);
+    if (words.GetSize() < 9) continue;
+    Kalvo_KValueTable* interface = network->InsertTable(name.c_str());
+    interface->Insert("received")->Set(words[0]->ToFloat() / kBytesPerMib);
+    interface->Insert("sent")->Set(words[8]->ToFloat() / kBytesPerMib);
+  }
+}
+
+}  // namespace
 
 const char* Sample::GetTypename(Kalvo_String* out) {
   return out != nullptr ? out->strcpy("sample")->c_str() : "sample";
 }
 
-int Sample::ByMetric(Kalvo_QueueObject* a, Kalvo_QueueObject* b, void*) {
-  const Sample* left = static_cast<Sample*>(a);
-  const Sample* right = static_cast<Sample*>(b);
-  const int order = left->name.Compare(right->name.c_str());
-  if (order != 0) return order;
-  return left->time < right->time ? -1 : left->time > right->time;
+void TakeSample(Kalvo_KValueTable* values) {
+  Kalvo_String host = ReadText("/proc/sys/kernel/hostname");
+  host.replace_all(0, "\n", "");
+  values->Set("host", host.c_str());
+  values->Set("time", static_cast<long>(std::time(nullptr)));
+  TakeLoad(values->InsertTable("load"));
+  TakeMemory(values->InsertTable("memory"));
+  TakeNetwork(values->InsertTable("network"));
 }

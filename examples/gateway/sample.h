@@ -1,23 +1,23 @@
-// One measured value of one moment.
+// What one look at the machine gave.
 
 #ifndef GATEWAY_SAMPLE_H_
 #define GATEWAY_SAMPLE_H_
 
 #include <kalvobase/kalvobase.h>
 
+// host      text
+// time      long, seconds since 1970
+// load      1min, 5min, 15min: double
+// memory    total, available: unsigned long, in MiB
+// network   a table for each interface: received, sent: double, in MiB
 class Sample : public Kalvo_QueueObject {
  public:
-  Sample(const char* metric, double measured, const char* measuredIn, long moment);
-
   const char* GetTypename(Kalvo_String* out) override;
 
-  // Orders samples by metric, then by time.
-  static int ByMetric(Kalvo_QueueObject* a, Kalvo_QueueObject* b, void* context);
-
-  Kalvo_String name;
-  Kalvo_String unit;
-  double value;
-  long time;
+  Kalvo_KValueTable values;
 };
+
+// What cannot be read is left out.
+void TakeSample(Kalvo_KValueTable* values);
 
 #endif  // GATEWAY_SAMPLE_H_

@@ -1,0 +1,74 @@
+#include "history.h"
+
+#include <cstdio>
+
+#include "machine.h"
+
+namespace {
+
+constexpr int kNameWidth = 14;
+
+bool IsNumber(Kalvo_Value* value) {
+  return value->GetValueType() >= Kalvo_VT_CHAR && value->GetValueType() <= Kalvo_VT_DOUBLE;
+}
+
+}  // namespace
+
+bool SaveTable(Kalvo_KValueTable* table, const char* path) {
+  Kalvo_String form;
+  table->Dump(&form);
+  std::FILE* file = std::fopen(path, "wb");
+  if (file == nullptr) return false;
+  const std::size_t written = std::fwrite(form.c_str(), 1, form.length(), file);
+  return std::fclose(file) == 0 && written == form.length();
+}
+
+bool LoadTable(Kalvo_KValueTable* table, const char* path) {
+  const Kalvo_String form = ReadText(path);
+  const unsigned long taken = table->Import(form.c_str(), static_cast<int>(form.length()));
+  return form.length() > 0 && taken == form.length();
+}
+
+void AddUp(Kalvo_KValueTable* total, Kalvo_KValueTable* sample) {
+  Kalvo_Key* key = nullptr;
+  for (Kalvo_Value* value = sample->GetFirst(key); value != nullptr; value = sample->GetNext(key)) {
+    if (Kalvo_KValueTable* nested = value->GetValueTable()) {
+      Kalvo_KValueTable* sum = total->GetTable(key);
+      AddUp(sum != nullptr ? sum : total->InsertTable(*key), nested);
+    } else if (IsNumber(value) && *key != "time") {
+      total->Insert(*key)->Add(value);  // to an empty value at first
+    }
+  }
+}
+
+void DivideAll(Kalvo_KValueTable* table, long count) {
+  Kalvo_Value divisor;
+  divisor.Set(count);
+  Kalvo_Key* key = nullptr;
+  for (Kalvo_Value* value = table->GetFirst(key); value != nullptr; value = table->GetNext(key)) {
+    if (Kalvo_KValueTable* nested = value->GetValueTable()) {
+      DivideAll(nested, count);
+    } else if (IsNumber(value)) {
+      value->Divied(&divisor);
+    }
+  }
+}
+
+void PrintTree(Kalvo_KValueTable* table, int indent) {
+  Kalvo_Key* key = nullptr;
+  for (Kalvo_Value* value = table->GetFirst(key); value != nullptr; value = table->GetNext(key)) {
+    Kalvo_String line(' ', indent);
+    line.strcat(key->GetSKey());
+    Kalvo_KValueTable* nested = value->GetValueTable();
+    if (nested == nullptr) {
+      line.Align('L', ' ', indent + kNameWidth);
+      if (*key == "time") {
+        line.Append_FormatDate(value->GetLong(), "yyyy-mm-dd hh:mi:ss");
+      } else {
+        value->Format(&line, 1);
+      }
+    }
+    std::puts(line.c_str());
+    if (nested != nullptr) PrintTree(nested, indent + 2);
+  }
+}
