@@ -52,7 +52,7 @@ KALVO_API unsigned long Kalvo_HashKey(unsigned long v);
 // Null and the empty text give 0.
 KALVO_API unsigned long Kalvo_HashKey(const char* s);
 
-// The same with A to Z counted as a to z.
+// The same with A to Z counted as a to z. A Kalvo_Key has its own Kalvo_HashKey, in value.h.
 KALVO_API unsigned long Kalvo_HashKeyNocase(const char* s);
 
 #endif  // KALVOBASE_BYTES_H_

@@ -128,11 +128,6 @@ void MP_Value::SetText(std::int32_t kind, const char* p, int n) {
   StoreBytes(kind, p, n < 0 ? text::Length(p) : n);
 }
 
-void MP_Value::SetNumbers(std::int32_t kind, const void* p, int n) {
-  const int width = KindOf(kind).width;
-  StoreBytes(kind, static_cast<const char*>(p), std::min(n, INT_MAX / width) * width);
-}
-
 template <class HostLong>
 void MP_Value::SetLongs(std::int32_t kind, const HostLong* p, int n) {
   if constexpr (sizeof(HostLong) == sizeof(std::int32_t)) {
@@ -250,7 +245,10 @@ double MP_Value::Real() {
 
 void* MP_Value::Pointer() {
   if (kind_ == Kalvo_VT_PTR) return First<void*>();
-  return reinterpret_cast<void*>(std::uintptr_t{static_cast<std::uint32_t>(Integer(4))});
+  const std::uintptr_t number = static_cast<std::uint32_t>(Integer(4));
+  void* pointer;
+  std::memcpy(&pointer, &number, sizeof(pointer));
+  return pointer;
 }
 
 Kalvo_String* MP_Value::String() {

@@ -8,6 +8,8 @@
 #ifndef KALVOBASE_SRC_VALUES_MP_VALUE_H_
 #define KALVOBASE_SRC_VALUES_MP_VALUE_H_
 
+#include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -46,7 +48,11 @@ class MP_Value {
   }
 
   void SetText(std::int32_t kind, const char* p, int n);
-  void SetNumbers(std::int32_t kind, const void* p, int n);
+  template <class T>
+  void SetNumbers(std::int32_t kind, const T* p, int n) {
+    constexpr int kWidth = sizeof(T);
+    StoreBytes(kind, reinterpret_cast<const char*>(p), std::min(n, INT_MAX / kWidth) * kWidth);
+  }
 
   // The same from 32 bits of each of the host's longs.
   template <class HostLong>

@@ -40,10 +40,12 @@ T Read(MP_Value& value) {
 template <class T>
 T Result(MP_Value::Operation operation, T a, T b) {
   // Wide enough for every quotient, and with the wrap of an unsigned type elsewhere.
-  using Quotient = std::conditional_t<std::is_floating_point_v<T>, T, std::int64_t>;
+  using Wide = std::conditional_t<std::is_floating_point_v<T>, T, std::int64_t>;
   using Wrapping = std::conditional_t<std::is_floating_point_v<T>, T, std::uint32_t>;
-  const Wrapping x = static_cast<Wrapping>(a);
-  const Wrapping y = static_cast<Wrapping>(b);
+  const Wide wideA = a;  // NOLINT(bugprone-signed-char-misuse): a number of 8 bits
+  const Wide wideB = b;  // NOLINT(bugprone-signed-char-misuse)
+  const Wrapping x = static_cast<Wrapping>(wideA);
+  const Wrapping y = static_cast<Wrapping>(wideB);
   switch (operation) {
     case MP_Value::Operation::kAdd:
       return static_cast<T>(x + y);
@@ -52,7 +54,7 @@ T Result(MP_Value::Operation operation, T a, T b) {
     case MP_Value::Operation::kTimes:
       return static_cast<T>(x * y);
     case MP_Value::Operation::kDivide:
-      return static_cast<T>(static_cast<Quotient>(a) / static_cast<Quotient>(b));
+      return static_cast<T>(wideA / wideB);
   }
   return a;
 }

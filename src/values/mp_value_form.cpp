@@ -119,7 +119,7 @@ void MP_Value::ImportBesideTable(FormReader* in) {
     case Shape::kText:
     case Shape::kNumbers:
       if (in->Count(&count) && in->Need(std::uint64_t{count} * kind.width)) {
-        in->Numbers(RenewedBytes().Renew(count * kind.width), count, kind.width);
+        in->Numbers(RenewedBytes().Renew(std::size_t{count} * kind.width), count, kind.width);
       }
       break;
     case Shape::kStrings:

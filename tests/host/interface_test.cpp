@@ -21,6 +21,10 @@ static_assert(IsPlainHandle<Kalvo_Event>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_Mutex>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_Semaphore>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_Queue>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Key>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Value>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_KValueTable>(), "a handle is two pointers");
+static_assert(sizeof(Kalvo_KVPair) == sizeof(Kalvo_QueueObject) + 4 * sizeof(void*), "an item");
 static_assert(sizeof(Kalvo_QueueObject) == 3 * sizeof(void*), "the base of all items");
 static_assert(sizeof(Kalvo_StringArray) == sizeof(void*), "no virtual table");
 static_assert(sizeof(Kalvo_AutoLock) == sizeof(void*), "no virtual table");
@@ -41,6 +45,11 @@ constexpr unsigned long (Kalvo_Semaphore::*kWait)(int) = &Kalvo_Semaphore::Wait;
 constexpr unsigned long (*kHashShort)(unsigned short) = &Kalvo_HashKey;
 constexpr unsigned long (*kToValue)(const char*, long&) = &NB_ToValue;
 constexpr void (*kInit)() = &klbase_init;
+constexpr void (Kalvo_Value::*kSetLong)(unsigned long) = &Kalvo_Value::Set;
+constexpr Kalvo_Long* (Kalvo_Value::*kLongs)(unsigned long*) = &Kalvo_Value::GetLongArray;
+constexpr Kalvo_Value* (Kalvo_KValueTable::*kInsert)(Kalvo_Key&) = &Kalvo_KValueTable::Insert;
+constexpr Kalvo_Value* (Kalvo_KValueTable::*kAt)(int) const = &Kalvo_KValueTable::GetAt;
+constexpr unsigned long (*kHashOfKey)(Kalvo_Key) = &Kalvo_HashKey;
 
 TEST(Interface, OverloadsAreThere) {
   Kalvo_String s("abc");
@@ -59,6 +68,13 @@ TEST(Interface, OverloadsAreThere) {
   EXPECT_EQ(kToValue("\xFF\xFF\xFF\xFE", value), 4u);
   EXPECT_EQ(value, -2);
   kInit();  // a second one changes nothing
+  Kalvo_KValueTable table;
+  Kalvo_Key key;
+  key = 32ul;
+  Kalvo_Value* inserted = (table.*kInsert)(key);
+  (inserted->*kSetLong)(7);
+  EXPECT_EQ(*((table.*kAt)(0)->*kLongs)(nullptr), 7);
+  EXPECT_EQ(kHashOfKey(key), 2u);
 }
 
 // Virtual calls land in the slots of the base.
