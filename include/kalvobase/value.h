@@ -23,8 +23,8 @@
 // the result is 0. `Import` rebuilds an object from at most `n` bytes at `p` and returns
 // the bytes taken. A form that is cut short gives what was there and takes all `n` bytes,
 // so the length of a form travels outside it. Any bytes are safe to import, nested to any
-// depth. Numbers travel most significant byte first, as long as the string's order flag is
-// not 0.
+// depth; of null bytes 0 are taken, and of a negative `n` that many, as a 32-bit number. Numbers
+// travel most significant byte first, as long as the string's order flag is not 0.
 
 #ifndef KALVOBASE_VALUE_H_
 #define KALVOBASE_VALUE_H_
@@ -78,7 +78,8 @@ class KALVO_API Kalvo_Key {
 
   Kalvo_KeyType GetType();
 
-  // The text, also the label of a number key. Null for an empty key.
+  // The text, also the label of a number key, good until the key is next changed. Null for an
+  // empty key.
   const char* GetSKey();
 
   // The number, 0 to 0xFFFFFFFF, whatever the type. The second form returns the text as
@@ -299,8 +300,9 @@ class KALVO_API Kalvo_Value {
   // Refers to `target` (`index` below 0), to what `target` refers to, to the byte at
   // `index` of a text, which is filled up with zero bytes to reach it, or to the value at
   // `index` of a table, which is filled up with keyless entries to reach it. Any other
-  // target leaves this value empty. A reference must not outlive its target, and one to a
-  // byte no growth of its text.
+  // target leaves this value empty. A target that goes with what this value
+  // held counts as none. A reference must not outlive its target, and one to a byte no growth of
+  // its text.
   void SetRef(const Kalvo_Value* target, int index);
 
   // The char* or Kalvo_Value* that a reference refers to; null for other kinds.
@@ -314,9 +316,9 @@ class KALVO_API Kalvo_Value {
   // result, so the order of promotion is that of the codes 0 to 9. Results wrap at their
   // width; integer division truncates toward 0, and a divisor that reads as 0 changes
   // nothing. An empty value counts as 0 on either side. A reference to a byte computes on
-  // that byte. Add also appends: to a text the text form of `o`, to a number array
-  // numbers of its width, to a string array texts; a table takes over another one's
-  // entries in place of its own.
+  // that byte, with `o` as GetInt reads it. The smallest number divided by -1 stays. Add also
+  // appends: to a text the text form of `o`, to a number array numbers of its width, to a string
+  // array texts; a table takes over another one's entries in place of its own.
   Kalvo_Value* Add(const Kalvo_Value* o);
   Kalvo_Value* Minus(const Kalvo_Value* o);
   Kalvo_Value* Times(const Kalvo_Value* o);
@@ -378,13 +380,14 @@ KALVO_API int operator!=(Kalvo_KVPair& a, Kalvo_KVPair& b);
 // An ordered map from keys to values. Entries stay in the order in which they came and are
 // found by key through a hash map of 97 buckets, which never changes its size.
 //
-// Wherever a key is taken there are three forms: a number, a text and a Kalvo_Key. All
-// keys that come in get the table's case flag; the caller's Kalvo_Key gets it too. A null
-// text stands for the empty key, and a null Kalvo_Key* for a key that no entry has.
+// Wherever a key is taken there are three forms: a number, a text and a Kalvo_Key. A text
+// gets the table's case flag, and a Kalvo_Key that is handed in gets it too; a number has
+// none. A null text stands for the empty key, and a null Kalvo_Key* for a key that no entry
+// has.
 //
 // Positions count from 0; where an entry is looked for, a negative one and one beyond the
-// end mean the last entry. Access by position walks from the nearer end or from the
-// cursor.
+// end mean the last entry. Access by position walks from the nearer end, or from the place
+// where one was looked for last.
 class KALVO_API Kalvo_KValueTable {
  public:
   // Empty, case flag 1.
@@ -475,7 +478,8 @@ class KALVO_API Kalvo_KValueTable {
   void RemoveAt(int i);
 
   // Gives the entry at `i` a new key. An entry that had this key stays, to be found by
-  // position only. A null `k` leaves the key as it is.
+  // position only. A null Kalvo_Key* changes nothing; a null text leaves the key, and gives it the
+  // table's case flag.
   void ModifyKey(int i, Kalvo_Key* k);
   void ModifyKey(int i, const char* k);
   void ModifyKey(int i, unsigned long k);
@@ -493,7 +497,8 @@ class KALVO_API Kalvo_KValueTable {
 
   // All entries of the form come in, also those with equal keys, of which the last one is
   // found. Keys keep the case flags of the form, the table its own: a table whose keys
-  // ignore case needs SetCaseFlag(0) before its texts are found.
+  // ignore case needs SetCaseFlag(0) before its texts are found. Keys of one chain cost each
+  // other time: 65,535 of them, which somebody can choose, take seconds.
   unsigned long Import(const char* p, int n);
 
  private:

@@ -78,6 +78,7 @@ class FormWriter {
 
   // For what cannot be told in the form.
   void Fail() { failed_ = true; }
+  bool failed() const { return failed_; }
 
   // The bytes appended; none, and the string as it was, if something failed.
   unsigned long Finish() {

@@ -83,7 +83,7 @@ int Kalvo_Value::GetInt() { return impl_->Integer(4); }
 unsigned int Kalvo_Value::GetUInt() { return static_cast<unsigned int>(impl_->Integer(4)); }
 long Kalvo_Value::GetLong() { return impl_->Integer(4); }
 unsigned long Kalvo_Value::GetULong() { return static_cast<std::uint32_t>(impl_->Integer(4)); }
-float Kalvo_Value::GetFloat() { return static_cast<float>(impl_->Real()); }
+float Kalvo_Value::GetFloat() { return impl_->Float(); }
 double Kalvo_Value::GetDouble() { return impl_->Real(); }
 void* Kalvo_Value::GetPtr() { return impl_->Pointer(); }
 

@@ -18,11 +18,17 @@ KeyNode* KeyIndex::Find(const KeyView& key, std::uint32_t hash) {
   return nullptr;
 }
 
-KeyNode* KeyIndex::Add(const KeyView& cutKey, std::uint32_t hash, MP_TableEntry* entry) {
+KeyNode* KeyIndex::Add(const KeyView& key, std::uint32_t hash, MP_TableEntry* entry) {
   if (buckets_ == nullptr && count_ == kMostInOneChain) SpreadOut();
   void* memory = nodes_.Take();
   if (memory == nullptr) throw std::bad_alloc();
-  KeyNode* node = new (memory) KeyNode(cutKey, hash, entry);
+  KeyNode* node;
+  try {
+    node = new (memory) KeyNode(key, hash, entry);
+  } catch (...) {
+    nodes_.Give(memory);
+    throw;
+  }
   KeyNode*& chain = Chain(hash);
   node->next = chain;
   chain = node;

@@ -15,11 +15,16 @@ class MP_TableEntry;
 // key that the table handed out.
 struct KeyNode {
   KeyNode(const KeyView& view, std::uint32_t viewHash, MP_TableEntry* viewEntry)
-      : hash(viewHash), ignoresCase(view.caseFlag == 0), entry(viewEntry), key(view) {}
+      : hash(viewHash),
+        ignoresCase(view.caseFlag == 0),
+        wasCut(view.holdsZeros),
+        entry(viewEntry),
+        key(view.Cut()) {}
 
   KeyNode* next = nullptr;
   std::uint32_t hash;
   bool ignoresCase;
+  bool wasCut;
   MP_TableEntry* entry;
   MP_Key key;
 };
@@ -38,7 +43,7 @@ class KeyIndex {
   KeyNode* Find(const KeyView& key, std::uint32_t hash);
 
   // A new node, which has the cut key.
-  KeyNode* Add(const KeyView& cutKey, std::uint32_t hash, MP_TableEntry* entry);
+  KeyNode* Add(const KeyView& key, std::uint32_t hash, MP_TableEntry* entry);
 
   void Remove(KeyNode* node);
   void Clear();

@@ -19,10 +19,15 @@ MP_TableEntry* MP_KValueTable::NewEntry(MP_TableEntry* behind) {
 }
 
 // At the end, for a key that no entry is found under.
-MP_TableEntry* MP_KValueTable::NewEntryFor(const KeyView& cutKey, std::uint32_t hash) {
+MP_TableEntry* MP_KValueTable::NewEntryFor(const KeyView& key, std::uint32_t hash) {
   MP_TableEntry* entry = NewEntry(nullptr);
-  entry->keyBody.Assign(cutKey);
-  entry->node = index_.Add(cutKey, hash, entry);
+  try {
+    entry->keyBody.Assign(key.Cut());
+    entry->node = index_.Add(key, hash, entry);
+  } catch (...) {
+    RemoveEntry(entry);
+    throw;
+  }
   return entry;
 }
 
@@ -31,43 +36,31 @@ void MP_KValueTable::DestroyEntry(MP_TableEntry* entry) {
   entries_.Give(entry);
 }
 
-// From the nearest of the two ends and the cursor.
-MP_TableEntry* MP_KValueTable::EntryAt(int i) const {
+// From the nearest of the two ends and the place where one was looked for last.
+MP_TableEntry* MP_KValueTable::EntryAt(int i) {
   if (count_ == 0) return nullptr;
   const std::uint32_t last = count_ - 1;
   const std::uint32_t position = i < 0 ? last : std::min(static_cast<std::uint32_t>(i), last);
-  MP_TableEntry* entry = position > last / 2 ? last_ : first_;
-  std::uint32_t from = position > last / 2 ? last : 0;
-  if (cursorPosition_ != kUnknown) {
-    const std::uint32_t cursor = static_cast<std::uint32_t>(cursorPosition_);
-    const auto distance = [position](std::uint32_t to) {
-      return to > position ? to - position : position - to;
-    };
-    if (distance(cursor) < distance(from)) {
-      entry = cursor_;
-      from = cursor;
-    }
+  const auto distance = [position](std::uint32_t from) {
+    return from > position ? from - position : position - from;
+  };
+  if (known_ == nullptr || distance(knownPosition_) > std::min(position, last - position)) {
+    known_ = position > last / 2 ? last_ : first_;
+    knownPosition_ = position > last / 2 ? last : 0;
   }
-  for (; from < position; ++from) entry = entry->next;
-  for (; from > position; --from) entry = entry->previous;
-  return entry;
-}
-
-MP_TableEntry* MP_KValueTable::MoveTo(int i) {
-  cursor_ = EntryAt(i);
-  const bool known = i >= 0 && static_cast<std::uint32_t>(i) < count_;
-  cursorPosition_ = known ? i : static_cast<std::int32_t>(count_) - 1;
-  return cursor_;
+  for (; knownPosition_ < position; ++knownPosition_) known_ = known_->next;
+  for (; knownPosition_ > position; --knownPosition_) known_ = known_->previous;
+  return known_;
 }
 
 Kalvo_Value* MP_KValueTable::ValueAt(int i) {
-  MP_TableEntry* entry = MoveTo(i);
-  return entry != nullptr ? &entry->value : nullptr;
+  cursor_ = EntryAt(i);
+  return cursor_ != nullptr ? &cursor_->value : nullptr;
 }
 
 Kalvo_Key* MP_KValueTable::KeyAt(int i) {
-  MP_TableEntry* entry = MoveTo(i);
-  return entry != nullptr ? &entry->key : nullptr;
+  cursor_ = EntryAt(i);
+  return cursor_ != nullptr ? &cursor_->key : nullptr;
 }
 
 // What an iteration gives at the cursor.
@@ -78,17 +71,11 @@ Kalvo_Value* MP_KValueTable::Pair(Kalvo_Key** key) const {
 
 Kalvo_Value* MP_KValueTable::First(Kalvo_Key** key) {
   cursor_ = first_;
-  cursorPosition_ = first_ != nullptr ? 0 : kUnknown;
   return Pair(key);
 }
 
 Kalvo_Value* MP_KValueTable::Next(Kalvo_Key** key) {
   if (cursor_ != nullptr) cursor_ = cursor_->next;
-  if (cursor_ == nullptr) {
-    cursorPosition_ = kUnknown;
-  } else if (cursorPosition_ != kUnknown) {
-    ++cursorPosition_;
-  }
   return Pair(key);
 }
 
@@ -99,9 +86,10 @@ Kalvo_Value* MP_KValueTable::ValueAtLeast(int i) {
 
 Kalvo_Value* MP_KValueTable::InsertAt(int i) {
   const bool atEnd = i < 0 || static_cast<std::uint32_t>(i) >= count_;
-  MP_TableEntry* entry = NewEntry(atEnd ? nullptr : EntryAt(i));
+  MP_TableEntry* behind = atEnd ? nullptr : EntryAt(i);
+  MP_TableEntry* entry = NewEntry(behind);
   entry->keyBody.SetCaseFlag(caseFlag_);
-  if (!atEnd) cursorPosition_ = kUnknown;
+  if (!atEnd) known_ = entry;  // at the position that EntryAt found
   return &entry->value;
 }
 
@@ -124,14 +112,13 @@ MP_Value* MP_KValueTable::Find(const KeyView& key) {
 // Lets the entry be found under its key, in place of an entry that was.
 void MP_KValueTable::Enter(MP_TableEntry* entry) {
   const KeyView key = entry->keyBody.View();
-  const KeyView cut = key.Cut();
-  const std::uint32_t hash = cut.Hash();
+  const std::uint32_t hash = key.Cut().Hash();
   KeyNode* node = index_.Find(key, hash);
   if (node != nullptr) {
     node->entry->node = nullptr;
     node->entry = entry;
   } else {
-    node = index_.Add(cut, hash, entry);
+    node = index_.Add(key, hash, entry);
   }
   entry->node = node;
 }
@@ -142,11 +129,15 @@ void MP_KValueTable::Leave(MP_TableEntry* entry) {
   entry->node = nullptr;
 }
 
+void MP_KValueTable::EnterAnew(MP_TableEntry* entry) {
+  Leave(entry);
+  Enter(entry);
+}
+
 Kalvo_Value* MP_KValueTable::Insert(const KeyView& key) {
-  const KeyView cut = key.Cut();
-  const std::uint32_t hash = cut.Hash();
+  const std::uint32_t hash = key.Cut().Hash();
   if (KeyNode* node = index_.Find(key, hash)) return &node->entry->value;
-  return &NewEntryFor(cut, hash)->value;
+  return &NewEntryFor(key, hash)->value;
 }
 
 Kalvo_KValueTable* MP_KValueTable::InsertTable(const KeyView& key) {
@@ -199,27 +190,24 @@ unsigned long MP_KValueTable::GetNumber(const KeyView& key) {
 void MP_KValueTable::ModifyKey(int i, Kalvo_Key* key) {
   MP_TableEntry* entry = EntryAt(i);
   if (entry == nullptr || key == nullptr) return;
-  Leave(entry);
   const KeyView view = Given(key);
   if (key != &entry->key) entry->keyBody.Assign(view.Cut());
-  Enter(entry);
+  EnterAnew(entry);
 }
 
 void MP_KValueTable::ModifyKey(int i, const char* text) {
   MP_TableEntry* entry = EntryAt(i);
   if (entry == nullptr) return;
-  Leave(entry);
   entry->keyBody.SetText(text, 0);
   entry->keyBody.SetCaseFlag(caseFlag_);
-  Enter(entry);
+  EnterAnew(entry);
 }
 
 void MP_KValueTable::ModifyKey(int i, unsigned long number) {
   MP_TableEntry* entry = EntryAt(i);
   if (entry == nullptr) return;
-  Leave(entry);
   entry->keyBody.SetNumber(number, nullptr);
-  Enter(entry);
+  EnterAnew(entry);
 }
 
 // --- Removing -----------------------------------------------------------------------
@@ -233,12 +221,8 @@ void MP_KValueTable::RemoveAt(int i) {
 }
 
 void MP_KValueTable::RemoveEntry(MP_TableEntry* entry) {
-  if (entry == cursor_) {
-    cursor_ = entry->next;  // which takes over the position
-    if (cursor_ == nullptr) cursorPosition_ = kUnknown;
-  } else {
-    cursorPosition_ = kUnknown;
-  }
+  if (entry == cursor_) cursor_ = entry->next;
+  known_ = entry == known_ ? entry->next : nullptr;  // which takes over the position
   Leave(entry);
   (entry->previous != nullptr ? entry->previous->next : first_) = entry->next;
   (entry->next != nullptr ? entry->next->previous : last_) = entry->previous;
@@ -262,7 +246,7 @@ void MP_KValueTable::RemoveAll() {
 void MP_KValueTable::RemoveEntries(Kalvo_KValueTable** nested) {
   index_.Clear();
   cursor_ = nullptr;
-  cursorPosition_ = kUnknown;
+  known_ = nullptr;
   MP_TableEntry* entry = std::exchange(first_, nullptr);
   last_ = nullptr;
   count_ = 0;
@@ -280,7 +264,8 @@ void MP_KValueTable::SwapEntries(MP_KValueTable& other) {
   std::swap(last_, other.last_);
   std::swap(count_, other.count_);
   std::swap(cursor_, other.cursor_);
-  std::swap(cursorPosition_, other.cursorPosition_);
+  std::swap(known_, other.known_);
+  std::swap(knownPosition_, other.knownPosition_);
   index_.Swap(other.index_);
   entries_.Swap(other.entries_);
 }

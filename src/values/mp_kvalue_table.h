@@ -70,6 +70,9 @@ class MP_KValueTable {
 
   bool Equals(const MP_KValueTable& other) const;
 
+  // True if the value stands in this table or in one within it.
+  bool Holds(const Kalvo_Value* value) const;
+
   unsigned long Dump(Kalvo_String* out) const;
   void DumpEntries(FormWriter* out) const;
   unsigned long Import(const char* p, int n);
@@ -77,29 +80,29 @@ class MP_KValueTable {
 
  private:
   MP_TableEntry* NewEntry(MP_TableEntry* behind);
-  MP_TableEntry* NewEntryFor(const KeyView& cutKey, std::uint32_t hash);
+  MP_TableEntry* NewEntryFor(const KeyView& key, std::uint32_t hash);
   void DestroyEntry(MP_TableEntry* entry);
-  MP_TableEntry* EntryAt(int i) const;
-  MP_TableEntry* MoveTo(int i);
+  MP_TableEntry* EntryAt(int i);
   Kalvo_Value* Pair(Kalvo_Key** key) const;
   MP_Value* Find(const KeyView& key);
   KeyNode* FindNode(const KeyView& key);
   void Enter(MP_TableEntry* entry);
   void Leave(MP_TableEntry* entry);
+  void EnterAnew(MP_TableEntry* entry);
   void RemoveEntry(MP_TableEntry* entry);
   void RemoveEntries(Kalvo_KValueTable** nested);
+  void TakeCopies(const MP_KValueTable& other, std::int32_t caseFlag);
   bool HasDistinctKeys(std::int32_t caseFlag) const;
   void CopyEntries(const MP_KValueTable& other);
   void SwapEntries(MP_KValueTable& other);
-
-  static constexpr std::int32_t kUnknown = -1;
 
   MP_TableEntry* first_ = nullptr;
   MP_TableEntry* last_ = nullptr;
   std::uint32_t count_ = 0;
   std::int32_t caseFlag_ = 1;
   MP_TableEntry* cursor_ = nullptr;
-  std::int32_t cursorPosition_ = kUnknown;  // where the cursor is, as far as that is known
+  MP_TableEntry* known_ = nullptr;  // an entry whose position is known, or null
+  std::uint32_t knownPosition_ = 0;
   KeyIndex index_;
   BlockPool<MP_TableEntry, 2, 32, 0> entries_;
   Kalvo_KValueTable* nextDoomed_ = nullptr;  // in the list of tables that RemoveAll destroys

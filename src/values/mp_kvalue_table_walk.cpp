@@ -7,25 +7,27 @@
 // --- Copying ------------------------------------------------------------------------
 
 void MP_KValueTable::Assign(const MP_KValueTable& other) {
-  if (this == &other) return;
-  caseFlag_ = other.caseFlag_;
-  AssignEntries(other);
+  if (this != &other) TakeCopies(other, other.caseFlag_);
 }
 
-// The old entries, of which `other` may be a part, go when all has been copied.
 void MP_KValueTable::AssignEntries(const MP_KValueTable& other) {
-  if (this == &other) return;
+  if (this != &other) TakeCopies(other, caseFlag_);
+}
+
+// Nothing changes until all has been copied: either table may be a part of the other one.
+void MP_KValueTable::TakeCopies(const MP_KValueTable& other, std::int32_t caseFlag) {
   MP_KValueTable copy;
-  copy.caseFlag_ = caseFlag_;
+  copy.caseFlag_ = caseFlag;
   copy.CopyEntries(other);
+  caseFlag_ = caseFlag;
   SwapEntries(copy);
 }
 
-// True if no two entries have equal keys for a table with this case flag, which is so if each
-// is found under the key that it has.
+// True if no two entries have equal keys for a table with this case flag. That is so if each is
+// found under the key that it has, and came in with that key: two that were cut can be equal.
 bool MP_KValueTable::HasDistinctKeys(std::int32_t caseFlag) const {
   for (const MP_TableEntry* entry = first_; entry != nullptr; entry = entry->next) {
-    if (entry->node == nullptr) return false;
+    if (entry->node == nullptr || entry->node->wasCut) return false;
     const KeyView has = entry->keyBody.View();
     const KeyView foundBy = entry->node->key.View();
     if (has.type != foundBy.type || has.number != foundBy.number || has.text != foundBy.text) {
@@ -94,6 +96,21 @@ bool MP_KValueTable::Equals(const MP_KValueTable& other) const {
   return true;
 }
 
+bool MP_KValueTable::Holds(const Kalvo_Value* value) const {
+  std::vector<MP_TableEntry*> rests = {first_};  // of each level what is still to be looked at
+  while (!rests.empty()) {
+    MP_TableEntry* entry = rests.back();
+    if (entry == nullptr) {
+      rests.pop_back();
+      continue;
+    }
+    if (&entry->value == value) return true;
+    rests.back() = entry->next;
+    if (Kalvo_KValueTable* table = entry->valueBody.Table()) rests.push_back(Of(*table).first_);
+  }
+  return false;
+}
+
 // --- The binary form: the count, then each entry's key and value ------------------------
 
 unsigned long MP_KValueTable::Dump(Kalvo_String* out) const {
@@ -109,7 +126,7 @@ void MP_KValueTable::DumpEntries(FormWriter* out) const {
     rests.push_back(table.first_);
   };
   begin(*this);
-  while (!rests.empty()) {
+  while (!rests.empty() && !out->failed()) {
     MP_TableEntry* entry = rests.back();
     if (entry == nullptr) {
       rests.pop_back();

@@ -3,10 +3,23 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <new>
 #include <utility>
+#include <vector>
 
 #include "text/text_bytes.h"
 #include "values/mp_kvalue_table.h"
+
+namespace {
+
+constexpr int kMostBytes = INT_MAX - 1;  // as many as a string can hold
+
+// A string stores what it has memory for; a value stores all or throws.
+void RequireLength(const MP_String& string, std::size_t length) {
+  if (static_cast<std::size_t>(string.Length()) != length) throw std::bad_alloc();
+}
+
+}  // namespace
 
 // --- Payload ------------------------------------------------------------------------
 
@@ -24,8 +37,10 @@ std::string_view MP_Value::Bytes() const {
 
 MP_String* MP_Value::BytesInString() {
   if (const SmallBytes* small = std::get_if<SmallBytes>(&payload_)) {
+    const std::string_view bytes = small->view();
     auto held = std::make_unique<MP_HeldString>();
-    held->body().Append(small->data(), static_cast<int>(small->view().size()));
+    held->body().Append(bytes.data(), static_cast<int>(bytes.size()));
+    RequireLength(held->body(), bytes.size());
     payload_ = std::move(held);
   }
   MP_HeldString* held = Held();
@@ -46,12 +61,17 @@ MP_Value::Holdings MP_Value::TakeHoldings() {
 
 // The bytes may be a part of what this value holds.
 void MP_Value::StoreBytes(std::int32_t kind, const char* p, int n) {
-  n = p != nullptr ? std::max(n, 0) : 0;
+  const std::size_t length =
+      p != nullptr ? static_cast<std::size_t>(std::clamp(n, 0, kMostBytes)) : 0;
   if (MP_HeldString* held = Held()) {
-    held->body().Assign(p, n);
+    held->body().Assign(p, static_cast<int>(length));
+    RequireLength(held->body(), length);
+  } else if (SmallBytes* small = std::get_if<SmallBytes>(&payload_)) {
+    small->Assign({p, length});
   } else {
+    SmallBytes fresh({p, length});
     const Holdings holdings = TakeHoldings();
-    RenewedBytes().Assign({p, static_cast<std::size_t>(n)});
+    payload_.emplace<SmallBytes>().Swap(fresh);
   }
   kind_ = kind;
 }
@@ -67,7 +87,6 @@ void MP_Value::Reset() {
 }
 
 void MP_Value::Init(std::int32_t kind) {
-  Reset();
   switch (KindOf(kind).shape) {
     case Shape::kNumber:
     case Shape::kText:
@@ -82,6 +101,7 @@ void MP_Value::Init(std::int32_t kind) {
       break;
     case Shape::kNothing:
     case Shape::kPointer:
+      Reset();
       return;
   }
   kind_ = kind;
@@ -97,9 +117,8 @@ void MP_Value::Assign(MP_Value& other) {
     SetStrings(*strings);
   } else if (Kalvo_KValueTable* table = other.Table()) {
     SetTable(*table);
-  } else if (kind == Kalvo_VT_BYTE_REF) {
-    const char byte = static_cast<char>(other.Integer(1));
-    StoreBytes(Kalvo_VT_CHAR, &byte, 1);
+  } else if (char** byte = other.ByteReference()) {
+    StoreBytes(Kalvo_VT_CHAR, *byte, 1);
   } else {
     Reset();
     kind_ = kind;
@@ -133,12 +152,9 @@ void MP_Value::SetLongs(std::int32_t kind, const HostLong* p, int n) {
   if constexpr (sizeof(HostLong) == sizeof(std::int32_t)) {
     SetNumbers(kind, p, n);
   } else {
-    MP_String narrowed;
-    for (int i = 0; p != nullptr && i < n; ++i) {
-      const std::int32_t number = static_cast<std::int32_t>(p[i]);
-      narrowed.Append(reinterpret_cast<const char*>(&number), sizeof(number));
-    }
-    StoreBytes(kind, narrowed.Content(), narrowed.Length());
+    const int count = p != nullptr ? std::clamp(n, 0, kMostBytes / 4) : 0;
+    const std::vector<std::int32_t> narrowed(p, p + count);
+    SetNumbers(kind, narrowed.data(), count);
   }
 }
 
@@ -180,7 +196,7 @@ void MP_Value::SetPointer(const void* p) {
 
 // Numbers go behind numbers of their width, though an int does not go behind a long.
 void MP_Value::AppendNumberBytes(std::int32_t kind, const void* number) {
-  if (kind_ == Kalvo_VT_NONE) return StoreNumber(kind, number);
+  if (HasNothing()) return StoreNumber(kind, number);
   const ValueKind from = KindOf(kind);
   const ValueKind to = KindOf(kind_);
   const bool fits = to.shape == Shape::kNumber && to.width == from.width &&
@@ -211,7 +227,7 @@ void MP_Value::AppendString(const Kalvo_String& s) {
 }
 
 void MP_Value::AppendStrings(const Kalvo_StringArray& a) {
-  if (kind_ == Kalvo_VT_NONE) return SetStrings(a);
+  if (HasNothing()) return SetStrings(a);
   if (Kalvo_StringArray* strings = Strings()) {
     strings->Append(a);
   } else if (IsText(kind_)) {
@@ -234,6 +250,11 @@ std::int32_t MP_Value::Integer(std::size_t width) {
   if (width == 1) return First<std::int8_t>();
   if (width == 2) return First<std::int16_t>();
   return First<std::int32_t>();
+}
+
+// A float with all its bits.
+float MP_Value::Float() {
+  return kind_ == Kalvo_VT_FLOAT ? First<float>() : static_cast<float>(Real());
 }
 
 double MP_Value::Real() {
@@ -283,7 +304,7 @@ const char* MP_Value::Format(Kalvo_String* out, bool append) {
   const double real = Real();
   const bool itself = out == Held();
   if (!append && !(itself && kind.shape == Shape::kText)) out->Reset();
-  if (kind_ == Kalvo_VT_BYTE_REF || (kind.shape == Shape::kNumber && kind.width == 1)) {
+  if (ByteReference() != nullptr || (kind.shape == Shape::kNumber && kind.width == 1)) {
     out->addch(static_cast<char>(integer), 1);
   } else if (kind.shape == Shape::kText) {
     if (append || !itself) out->memcat(Bytes().data(), static_cast<int>(Bytes().size()));
@@ -307,8 +328,7 @@ const char* MP_Value::Format(Kalvo_String* out, bool append) {
 
 // --- References ---------------------------------------------------------------------
 
-// The target is looked at while what this value holds is still there: it may be a part of
-// that.
+// A target that goes with what this value held is none.
 void MP_Value::SetReference(const Kalvo_Value* target, int index) {
   Kalvo_Value* value = const_cast<Kalvo_Value*>(target);
   char* byte = nullptr;
@@ -325,7 +345,7 @@ void MP_Value::SetReference(const Kalvo_Value* target, int index) {
       if (index >= bytes.Length() && index < INT_MAX) bytes.Resize(index + 1, '\0');
       if (index < bytes.Length()) {
         kind = Kalvo_VT_BYTE_REF;
-        byte = const_cast<char*>(bytes.Content()) + index;
+        byte = const_cast<char*>(bytes.Text()) + index;  // with room for the terminator
       }
     } else if (Kalvo_KValueTable* table = body.Table()) {
       kind = Kalvo_VT_REF;
@@ -334,6 +354,10 @@ void MP_Value::SetReference(const Kalvo_Value* target, int index) {
   }
   const Holdings held = TakeHoldings();
   Reset();
+  if (held.table != nullptr && kind != Kalvo_VT_NONE) {
+    const Kalvo_Value* holder = kind == Kalvo_VT_BYTE_REF ? target : value;
+    if (MP_KValueTable::Of(*held.table).Holds(holder)) return;
+  }
   kind_ = kind;
   if (kind == Kalvo_VT_BYTE_REF) payload_ = byte;
   if (kind == Kalvo_VT_REF) payload_ = value;

@@ -51,7 +51,7 @@ class MP_Value {
   template <class T>
   void SetNumbers(std::int32_t kind, const T* p, int n) {
     constexpr int kWidth = sizeof(T);
-    StoreBytes(kind, reinterpret_cast<const char*>(p), std::min(n, INT_MAX / kWidth) * kWidth);
+    StoreBytes(kind, reinterpret_cast<const char*>(p), std::clamp(n, 0, INT_MAX / kWidth) * kWidth);
   }
 
   // The same from 32 bits of each of the host's longs.
@@ -75,6 +75,7 @@ class MP_Value {
   // The number in the first `width` bytes at most, 1, 2 or 4, widened with its sign.
   std::int32_t Integer(std::size_t width);
   double Real();
+  float Float();
   void* Pointer();
 
   Kalvo_String* String();

@@ -121,16 +121,16 @@ void MP_Value::Compute(Operation operation, const Kalvo_Value* o) {
   if (o == nullptr) return;
   MP_Value& other = Of(*o);
   if (char** byte = ByteReference()) {
-    const bool counts = operation == Operation::kAdd || other.kind_ < Kalvo_VT_CHAR_ARRAY;
-    const std::int32_t operand = counts ? other.Integer(4) : 0;
-    if (operation == Operation::kDivide && operand == 0) return;
+    const bool isRead = operation == Operation::kAdd || other.kind_ < Kalvo_VT_CHAR_ARRAY;
+    const std::int32_t operand = isRead ? other.Integer(4) : 0;
+    if (operation == Operation::kDivide && (operand == 0 || other.Real() == 0)) return;
     **byte = static_cast<char>(
         Result<std::int32_t>(operation, static_cast<signed char>(**byte), operand));
     return;
   }
-  if (kind_ == Kalvo_VT_NONE ? !IsNumber(other.kind_) : !IsNumber(kind_)) return;
+  const auto counts = [](std::int32_t code) { return code == Kalvo_VT_NONE || IsNumber(code); };
+  if (!counts(kind_) || !counts(other.kind_)) return;
   const std::int32_t kind = std::max(kind_, other.kind_);
-  if (!IsNumber(kind)) return;
   WithType(kind, [&](auto zero) {
     using T = decltype(zero);
     const T operand = Read<T>(other);

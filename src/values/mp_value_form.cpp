@@ -49,20 +49,17 @@ bool MP_Value::EqualsBesideTable(MP_Value& other) {
   return false;
 }
 
-// The payload is looked at when there is room: it may be in the string that is written.
+// Bytes are looked at when there is room for them: they may be in the string that is
+// written, whose block moves when it grows.
 void MP_Value::DumpBesideTable(FormWriter* out) {
   const ValueKind kind = KindOf(kind_);
   switch (kind.shape) {
     case Shape::kNumber: {
+      const std::uint64_t number = First<std::uint64_t>();
       char* place = out->Room(1u + kind.width);
       if (place == nullptr) return;
       place = FormWriter::Byte(place, kind_);
-      if (Bytes().size() >= kind.width) {
-        out->Numbers(place, Bytes().data(), 1, kind.width);
-      } else {
-        const std::uint64_t number = First<std::uint64_t>();
-        out->Numbers(place, reinterpret_cast<const char*>(&number), 1, kind.width);
-      }
+      out->Numbers(place, reinterpret_cast<const char*>(&number), 1, kind.width);
       break;
     }
     case Shape::kText:
@@ -86,7 +83,7 @@ void MP_Value::DumpBesideTable(FormWriter* out) {
         place = out->Room(4 + length);
         if (place == nullptr) return;
         place = out->Number(place, static_cast<std::uint32_t>(length));
-        FormWriter::Bytes(place, {item->text.c_str(), length});
+        FormWriter::Bytes(place, {MP_String::Of(item->text).Content(), length});
       }
       break;
     }

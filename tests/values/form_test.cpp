@@ -192,7 +192,7 @@ TEST(Form, HostileCounts) {
 // Kinds and key types that nobody has given a meaning.
 TEST(Form, UnknownKindsHoldNothing) {
   Kalvo_StringArray words;
-  for (int byte = 0; byte < 256; ++byte) {
+  for (int byte = 0; byte < 255; ++byte) {  // 255 is the empty value
     if (byte <= 25 && byte != 10 && byte != 11 && byte != 23) continue;
     SCOPED_TRACE(byte);
     const std::string form(1, static_cast<char>(byte));
@@ -209,18 +209,22 @@ TEST(Form, UnknownKindsHoldNothing) {
     EXPECT_EQ(value.GetByteArray(nullptr), nullptr);
     Kalvo_String text;
     value.Format(&text, 1);
+    EXPECT_EQ(text.length(), 0u);
+    other = value;
+    EXPECT_EQ(Form(other), form);
     other.Set(5);
     value.Add(&other)->Minus(&other)->Times(&other)->Divied(&other)->PlusPlus()->ShiftR(1);
-    other.Add(&value)->Minus(&value)->Divied(&value);
+    other.Add(&value)->Minus(&value)->Times(&value)->Divied(&value);
     EXPECT_EQ(other.GetInt(), 5);
     value.Copmare(&other);
     other.Copmare(&value);
     other = value;
     other.SetRef(&value, 3);
     value.Append(1);
-    value.Append(1.0);
+    EXPECT_EQ(value.GetInt(), 1);
+    import();
     value.Append(words);
-    value.Append("text", -1);
+    EXPECT_NE(value.GetStringArray(), nullptr);
     import();
     value.Append(Kalvo_String("text"));
     EXPECT_STREQ(value.GetString()->c_str(), "text");
@@ -276,10 +280,19 @@ TEST(Form, OutOfAndIntoItself) {
   Kalvo_String* own = table.GetValue("numbers")->GetString();
   const unsigned long added = table.Dump(own);
   EXPECT_EQ(own->length(), 400 + added);
-  Kalvo_Value words;
-  words.Init(Kalvo_VT_STRING_ARRAY);
-  for (int i = 0; i < 3; ++i) words.GetStringArray()->Add(std::string(100, 'w').c_str(), -1);
-  words.Dump(words.GetString());
+  for (int length = 0; length < 300; ++length) {  // across the steps in which a string grows
+    Kalvo_Value words;
+    words.Init(Kalvo_VT_STRING_ARRAY);
+    words.GetStringArray()->Add(std::string(static_cast<std::size_t>(length), 'w').c_str(), -1);
+    words.Dump(words.GetString());
+  }
+  for (int flag = 0; flag < 2; ++flag) {
+    value.Init(Kalvo_VT_INT);  // shorter than its number
+    value.GetString()->SetOrderFlag(flag);
+    value.Dump(value.GetString());
+    EXPECT_EQ(Kalvo_Value(value).GetString()->length(), 5u);
+    EXPECT_EQ(value.GetInt(), 4);
+  }
 }
 
 TEST(Form, TooManyEntriesAreNotDumped) {

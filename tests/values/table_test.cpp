@@ -176,10 +176,23 @@ TEST(Table, CopyingAndAdding) {
   Kalvo_KValueTable& self = copy;
   copy = self;
   EXPECT_EQ(copy.GetCount(), 3u);
+  copy.SetCaseFlag(0);
+  copy.GetTable("nested")->Set("X", 2L);  // has case, unlike the table around it
   *copy.GetTable("nested") = copy;
+  EXPECT_EQ(copy.GetTable("nested")->GetTable("nested")->GetCount(), 2u);
   EXPECT_EQ(copy.GetTable("nested")->GetTable("nested")->GetBaseValue("x"), 1u);
   copy = *copy.GetTable("nested")->GetTable("nested");
-  EXPECT_EQ(Keys(copy), "x");
+  EXPECT_EQ(Keys(copy), "x X");
+
+  // Two texts that differ behind a zero byte are two when they come in, and one in a copy.
+  Kalvo_Key cut;
+  cut.Import("\2\1\0\3a\0b", 7);
+  copy.Insert(cut)->Set(1);
+  copy.Insert(cut)->Set(2);
+  EXPECT_EQ(copy.GetCount(), 4u);
+  source = copy;
+  EXPECT_EQ(Keys(source), "x X a");
+  EXPECT_EQ(source.GetValue("a")->GetInt(), 2);
 }
 
 TEST(Table, Equality) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <kalvobase/kalvobase.h>
 
+#include <climits>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -147,7 +148,7 @@ TEST(Value, SetKeepsThePayloadsString) {
   const double doubles[] = {1, 2, 3};
   value.Set(doubles, 3);
   EXPECT_EQ(value.GetDoubleArray(&n)[2], 3);
-  value.Set(doubles, -1);
+  value.Set(doubles, INT_MIN);
   EXPECT_EQ(value.GetDoubleArray(nullptr), nullptr);
   EXPECT_EQ(value.GetValueType(), Kalvo_VT_DOUBLE_ARRAY);
   int target = 0;
@@ -299,11 +300,22 @@ TEST(Value, References) {
   again.Set(5);
   EXPECT_EQ(again.GetInt(), 5);
 
+  text.Set("ab", -1);
+  for (int index : {255, 511}) {  // as long as the string's capacity: reading moves nothing
+    byte.SetRef(&text, index);
+    text.GetString()->c_str();
+    byte.Set('z');
+    EXPECT_EQ(Bytes(text).back(), 'z');
+  }
+
   Kalvo_Value table;
   table.Init(Kalvo_VT_TABLE);
   again.SetRef(&table, 2);
   EXPECT_EQ(table.GetValueTable()->GetCount(), 3u);
   EXPECT_EQ(again.GetRef(), table.GetValueTable()->GetAt(2));
+  table.GetValueTable()->InsertTable("deep")->Set("text", "goes with the table");
+  table.SetRef(table.GetValueTable()->GetTable("deep")->GetValue("text"), 2);
+  EXPECT_EQ(table.GetValueType(), Kalvo_VT_NONE);
   for (Kalvo_Value* target : {&again, &copy, static_cast<Kalvo_Value*>(nullptr)}) {
     copy.Set(9);
     copy.SetRef(target, 4);
