@@ -6,6 +6,7 @@
 // IWYU pragma: begin_exports
 #include "kalvobase/bytes.h"
 #include "kalvobase/exception.h"
+#include "kalvobase/fsm.h"
 #include "kalvobase/lifecycle.h"
 #include "kalvobase/lock.h"
 #include "kalvobase/process.h"

@@ -34,10 +34,6 @@ unsigned long Load(const char* src, T& value) {
   return sizeof(wire);
 }
 
-unsigned long HashSigned(std::int32_t v) { return static_cast<std::uint32_t>(v >> 4); }
-
-unsigned long HashUnsigned(std::uint32_t v) { return v >> 4; }
-
 std::size_t Length(const char* s) { return s == nullptr ? 0 : std::strlen(s); }
 
 }  // namespace
@@ -69,12 +65,12 @@ unsigned long NB_ToValue(const char* src, unsigned long& v) { return Load<std::u
 unsigned long NB_ToValue(const char* src, float& v) { return Load<float>(src, v); }
 unsigned long NB_ToValue(const char* src, double& v) { return Load<double>(src, v); }
 
-unsigned long Kalvo_HashKey(short v) { return HashSigned(v); }
-unsigned long Kalvo_HashKey(unsigned short v) { return HashUnsigned(v); }
-unsigned long Kalvo_HashKey(int v) { return HashSigned(v); }
-unsigned long Kalvo_HashKey(unsigned int v) { return HashUnsigned(v); }
-unsigned long Kalvo_HashKey(long v) { return HashSigned(static_cast<std::int32_t>(v)); }
-unsigned long Kalvo_HashKey(unsigned long v) { return HashUnsigned(static_cast<std::uint32_t>(v)); }
+unsigned long Kalvo_HashKey(short v) { return text::Hash(std::int32_t{v}); }
+unsigned long Kalvo_HashKey(unsigned short v) { return text::Hash(std::uint32_t{v}); }
+unsigned long Kalvo_HashKey(int v) { return text::Hash(static_cast<std::int32_t>(v)); }
+unsigned long Kalvo_HashKey(unsigned int v) { return text::Hash(static_cast<std::uint32_t>(v)); }
+unsigned long Kalvo_HashKey(long v) { return text::Hash(static_cast<std::int32_t>(v)); }
+unsigned long Kalvo_HashKey(unsigned long v) { return text::Hash(static_cast<std::uint32_t>(v)); }
 
 unsigned long Kalvo_HashKey(const char* s) { return text::Hash(s, Length(s)); }
 

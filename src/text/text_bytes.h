@@ -26,6 +26,10 @@ inline int LengthWithin(const char* s, int limit) {
 // A to Z as a to z, whatever the locale.
 inline int LowerAscii(int c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; }
 
+// The hashes of numbers.
+inline std::uint32_t Hash(std::int32_t v) { return static_cast<std::uint32_t>(v >> 4); }
+inline std::uint32_t Hash(std::uint32_t v) { return v >> 4; }
+
 // h = h * 33 + c over the bytes, each as a signed number that `fold` may change.
 template <class Fold>
 std::uint32_t Hash(const char* s, std::size_t n, Fold fold) {

@@ -1,0 +1,70 @@
+// A small hash map with a fixed number of chains, for tables that are built once and looked
+// up in for ever.
+//
+// Keys are compared with whatever can be compared with them, and hashes are the caller's: a
+// look-up by a text builds no string.
+
+#ifndef KALVOBASE_SRC_FRAME_HASH_MAP_H_
+#define KALVOBASE_SRC_FRAME_HASH_MAP_H_
+
+#include <cstdint>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "frame/block_pool.h"
+
+template <class Key, class Value, std::uint32_t kBuckets>
+class HashMap {
+ public:
+  HashMap() = default;
+  HashMap(const HashMap&) = delete;
+  HashMap& operator=(const HashMap&) = delete;
+
+  ~HashMap() {
+    if (buckets_ == nullptr) return;
+    for (std::uint32_t i = 0; i < kBuckets; ++i) {
+      while (Node* node = buckets_[i]) {
+        buckets_[i] = node->next;
+        node->~Node();
+        nodes_.Give(node);
+      }
+    }
+  }
+
+  // Null if there is no such key.
+  template <class LookUp>
+  Value* Find(const LookUp& key, std::uint32_t hash) const {
+    if (buckets_ == nullptr) return nullptr;
+    for (Node* node = buckets_[hash % kBuckets]; node != nullptr; node = node->next) {
+      if (node->key == key) return &node->value;
+    }
+    return nullptr;
+  }
+
+  // Replaces the value of a key that is there.
+  template <class LookUp>
+  void Put(const LookUp& key, std::uint32_t hash, Value value) {
+    if (Value* found = Find(key, hash)) {
+      *found = std::move(value);
+      return;
+    }
+    if (buckets_ == nullptr) buckets_ = std::make_unique<Node*[]>(kBuckets);
+    void* memory = nodes_.Take();
+    if (memory == nullptr) throw std::bad_alloc();
+    Node*& chain = buckets_[hash % kBuckets];
+    chain = new (memory) Node{chain, Key(key), std::move(value)};
+  }
+
+ private:
+  struct Node {
+    Node* next;
+    Key key;
+    Value value;
+  };
+
+  std::unique_ptr<Node*[]> buckets_;  // made with the first key
+  BlockPool<Node, 10, 10, 0> nodes_;
+};
+
+#endif  // KALVOBASE_SRC_FRAME_HASH_MAP_H_

@@ -1,0 +1,122 @@
+#include "frame/messages.h"
+#include "fsm/mp_fsm_object.h"
+#include "fsm/mp_fsm_service.h"
+
+// One event on its way to one object. Handlers may do anything, deliver further events to
+// the same object among it, so what is in a rule is taken before its handler runs, and the
+// object's states are read anew after each.
+class MP_FSMService::Delivery {
+ public:
+  Delivery(MP_FSMService* service, const MP_FSM_Event& event, Kalvo_FSM_Object* object, void* data,
+           FSM_LogCallback log)
+      : service_(service),
+        event_(event),
+        object_(object),
+        position_(MP_FSM_Object::Of(*object)),
+        data_(data),
+        log_(log) {}
+
+  void Run() {
+    if (position_.currentState == nullptr) {
+      position_.currentState = service_->InitialState();
+      Call(Current().enterHandler, nullptr, position_.currentState, nullptr);
+    }
+    TraceEvent(messages::kFsmStringEvent, messages::kFsmIntEvent);
+    MP_FSM_Rule* rule = Current().Find(event_);
+    if (rule == nullptr) rule = service_->sharedState().Find(event_);
+    if (rule == nullptr) {
+      TraceEvent(messages::kFsmStringDropped, messages::kFsmIntDropped);
+      return;
+    }
+    service_->Resolve(rule, position_.currentState);
+    if (rule->nextStatus == FSM_NEXT_INVALID) {
+      TraceEvent(messages::kFsmStringNoTarget, messages::kFsmIntNoTarget,
+                 rule->nextStateName.c_str());
+      return;
+    }
+    Kalvo_FSM_State* const next = rule->nextState;
+    Call(rule->handler, next);
+    Call(Current().exitHandler, next);
+    if (next == nullptr) return;
+    TraceEvent(messages::kFsmStringMove, messages::kFsmIntMove, NameOf(next));
+    Enter(next);
+    FollowForcedSteps();
+  }
+
+ private:
+  static const char* NameOf(Kalvo_FSM_State* state) {
+    return MP_FSM_State::Of(*state).name.c_str();
+  }
+
+  MP_FSM_State& Current() const { return MP_FSM_State::Of(*position_.currentState); }
+
+  void Call(FSM_Handler handler, Kalvo_FSM_State* previous, Kalvo_FSM_State* current,
+            Kalvo_FSM_State* next) const {
+    if (handler == nullptr) return;
+    (object_->*handler)(event_.name, event_.code, event_.value, data_, previous, current, next);
+  }
+
+  void Call(FSM_Handler handler, Kalvo_FSM_State* next) const {
+    Call(handler, position_.previousState, position_.currentState, next);
+  }
+
+  void Enter(Kalvo_FSM_State* next) {
+    position_.MoveTo(next);
+    Call(Current().enterHandler, next);
+  }
+
+  void FollowForcedSteps() {
+    constexpr int kMostSteps = 3;
+    for (int step = 0; step < kMostSteps; ++step) {
+      MP_FSM_Rule* rule = Current().forceRule.get();
+      if (rule == nullptr) return;
+      service_->Resolve(rule, position_.currentState);
+      if (rule->nextStatus == FSM_NEXT_INVALID) {
+        Trace(messages::kFsmForcedNoTarget, rule->nextStateName.c_str());
+        return;
+      }
+      Kalvo_FSM_State* const next = rule->nextState;
+      if (next == nullptr) return;
+      Call(rule->handler, next);
+      Trace(messages::kFsmForcedMove, NameOf(next));
+      Enter(next);
+    }
+  }
+
+  // A line begins with the object and its state.
+  template <class... Rest>
+  void Trace(const char* format, Rest... rest) const {
+    if (log_ == nullptr) return;
+    const std::uint32_t id = static_cast<std::uint32_t>(object_->GetObjectId());
+    log_(-1, format, id, Current().name.c_str(), rest...);
+  }
+
+  // The event follows.
+  template <class... Rest>
+  void TraceEvent(const char* stringFormat, const char* intFormat, Rest... rest) const {
+    if (event_.IsString()) {
+      Trace(stringFormat, event_.name, event_.value, rest...);
+    } else {
+      Trace(intFormat, event_.code, event_.value, rest...);
+    }
+  }
+
+  MP_FSMService* service_;
+  const MP_FSM_Event& event_;
+  Kalvo_FSM_Object* object_;
+  MP_FSM_Object& position_;
+  void* data_;
+  FSM_LogCallback log_;
+};
+
+void MP_FSMService::HandleInteger(unsigned long code, long value, Kalvo_FSM_Object* object,
+                                  void* data, FSM_LogCallback log) {
+  if (object == nullptr) return;
+  Delivery(this, MP_FSM_Event::Integer(code, value), object, data, log).Run();
+}
+
+void MP_FSMService::HandleString(const char* name, long value, Kalvo_FSM_Object* object, void* data,
+                                 FSM_LogCallback log) {
+  if (object == nullptr || name == nullptr) return;
+  Delivery(this, MP_FSM_Event::String(name, value), object, data, log).Run();
+}

@@ -1,0 +1,88 @@
+// What is behind a Kalvo_FSM_State: its rules, and the maps by which an event finds them.
+
+#ifndef KALVOBASE_SRC_FSM_MP_FSM_STATE_H_
+#define KALVOBASE_SRC_FSM_MP_FSM_STATE_H_
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "frame/hash_map.h"
+#include "fsm/mp_fsm_event.h"
+#include "fsm/mp_fsm_rule.h"
+
+// After the machine is built all of this is only read.
+class MP_FSM_State {
+ public:
+  static MP_FSM_State& Of(Kalvo_FSM_State& state) { return *state.impl_; }
+
+  void AddIntRule(unsigned long code, long value, FSM_Handler handler, const char* next);
+  void AddIntRule(unsigned long code, long low, long high, FSM_Handler handler, const char* next);
+  void AddIntRule(unsigned long code, FSM_Handler handler, const char* next);
+  void AddStringRule(const char* event, long value, FSM_Handler handler, const char* next);
+  void AddStringRule(const char* event, long low, long high, FSM_Handler handler, const char* next);
+  void AddStringRule(const char* event, FSM_Handler handler, const char* next);
+  void SetUnexpectedRule(FSM_Handler handler, const char* next);
+  void SetForceRule(FSM_Handler handler, const char* next);
+
+  // The rule for an event, or null: the exact one, the first range, the one for any value,
+  // the one for unexpected events.
+  MP_FSM_Rule* Find(const MP_FSM_Event& event);
+
+  // Calls `visit` with each rule in the order in which rules are checked.
+  template <class Visit>
+  void ForEachRule(Visit visit) {
+    for (MP_FSM_Rule& rule : keyedRules_) visit(&rule);
+    for (MP_FSM_Rule& rule : rangeRules_) visit(&rule);
+    if (forceRule != nullptr) visit(forceRule.get());
+    if (unexpectedRule_ != nullptr) visit(unexpectedRule_.get());
+  }
+
+  std::string name;
+  FSM_Handler enterHandler = nullptr;
+  FSM_Handler exitHandler = nullptr;
+  std::unique_ptr<MP_FSM_Rule> forceRule;
+  std::uint32_t referenceCount = 0;  // resolved rules of other states that lead here
+
+ private:
+  static constexpr std::uint32_t kBuckets = 17;
+
+  struct IntKey {
+    bool operator==(const IntKey& other) const {
+      return code == other.code && value == other.value && anyValue == other.anyValue;
+    }
+    std::uint32_t Hash() const {
+      return text::Hash(value) + text::Hash(code) + text::Hash(std::int32_t{anyValue});
+    }
+
+    std::uint32_t code;
+    std::int32_t value;
+    bool anyValue;
+  };
+
+  struct NamedValue {
+    bool operator==(const NamedValue& other) const {
+      return value == other.value && name == other.name;
+    }
+    std::string_view name;  // in the rule's key
+    std::int32_t value;
+  };
+
+  static std::uint32_t HashWithValue(std::uint32_t nameHash, std::int32_t value);
+
+  MP_FSM_Rule* NewRule(std::deque<MP_FSM_Rule>* rules, MP_FSM_EventKey key, FSM_Handler handler,
+                       const char* next);
+  MP_FSM_Rule* FindRange(const MP_FSM_Event& event);
+
+  // Every rule ever added, also those in whose place another one stands.
+  std::deque<MP_FSM_Rule> keyedRules_;
+  std::deque<MP_FSM_Rule> rangeRules_;
+  HashMap<IntKey, MP_FSM_Rule*, kBuckets> intRuleMap_;
+  HashMap<NamedValue, MP_FSM_Rule*, kBuckets> strValueRuleMap_;
+  HashMap<std::string_view, MP_FSM_Rule*, kBuckets> strRuleMap_;  // keys in the rules
+  std::unique_ptr<MP_FSM_Rule> unexpectedRule_;
+};
+
+#endif  // KALVOBASE_SRC_FSM_MP_FSM_STATE_H_

@@ -1,0 +1,13 @@
+// Counts what this program and the library under test allocate.
+
+#ifndef KALVOBASE_TESTS_SUPPORT_ALLOCATIONS_H_
+#define KALVOBASE_TESTS_SUPPORT_ALLOCATIONS_H_
+
+namespace support {
+
+// Calls of operator new so far, in all threads.
+long Allocations();
+
+}  // namespace support
+
+#endif  // KALVOBASE_TESTS_SUPPORT_ALLOCATIONS_H_
