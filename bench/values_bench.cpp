@@ -245,7 +245,7 @@ void CopyJson(benchmark::State& state) {
   }
 }
 
-const bool kRegistered = [] {
+[[maybe_unused]] const bool registered = [] {
   const char* const kMap = "std::map<std::string, std::variant>";
   duel::Ours("insert 100 text keys", InsertIntoTable);
   duel::Peer("insert 100 text keys", kMap, 0.5, InsertIntoMap);

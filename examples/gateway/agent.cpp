@@ -1,10 +1,11 @@
 // The gateway's agent: watches the machine that it runs on.
 //
 //   agent [rounds [milliseconds between two rounds [file]]]
+//   agent --draw        prints the machine of its metrics for Graphviz
 //
-// One thread takes samples and puts them in a queue; another takes them out and keeps them
-// in one table. At the end the table goes to a file and comes back, and what came back is
-// printed.
+// One thread takes samples and puts them in a queue; another takes them out, reads metrics
+// from them, which move through the states of a machine, and keeps them in one table. At
+// the end the table goes to a file and comes back, and what came back is printed.
 
 #include <kalvobase/kalvobase.h>
 
@@ -14,7 +15,9 @@
 
 #include "history.h"
 #include "machine.h"
+#include "metric.h"
 #include "sample.h"
+#include "watch.h"
 
 namespace {
 
@@ -36,14 +39,17 @@ void Produce(Kalvo_Queue* queue, Kalvo_Counter* taken, long rounds, unsigned lon
 }
 
 // Keeps samples under the numbers from 0 on until the producer is done and nothing is left.
-void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Kalvo_KValueTable* history) {
+void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Watch* watch, Kalvo_KValueTable* history) {
   for (;;) {
     const bool last = done->Wait(0) == 0;
     Kalvo_QueueObject* object = queue->RemoveItemAtHead(last ? 0 : kPatienceMs);
     if (object != nullptr) {
-      *history->InsertTable(history->GetCount()) = static_cast<Sample*>(object)->values;
-      delete object;
+      Sample* sample = static_cast<Sample*>(object);
+      watch->Look(&sample->values);
+      *history->InsertTable(history->GetCount()) = sample->values;
+      delete sample;
     } else if (last) {
+      watch->End();
       return;
     }
   }
@@ -52,6 +58,10 @@ void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Kalvo_KValueTable* history) 
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc > 1 && Kalvo_String(argv[1]) == "--draw") {
+    DrawMachine();
+    return 0;
+  }
   const long rounds = Argument(argc, argv, 1, 10);
   const long intervalMs = Argument(argc, argv, 2, 100);
   const char* path = argc > 3 ? argv[3] : "samples.form";
@@ -65,11 +75,14 @@ int main(int argc, char** argv) {
                        static_cast<int>(intervalMs));
   std::puts(title.c_str());
 
+  Kalvo_FSMService machine;
+  if (!BuildMachine(&machine)) return 1;
+  Watch watch(&machine);
   Kalvo_Queue queue(1, 1);
   Kalvo_Event done(1, 0, nullptr);
   Kalvo_Counter taken;
   Kalvo_KValueTable history;
-  std::thread collector(Collect, &queue, &done, &history);
+  std::thread collector(Collect, &queue, &done, &watch, &history);
   Produce(&queue, &taken, rounds, static_cast<unsigned long>(intervalMs));
   done.Set();
   collector.join();
@@ -79,7 +92,9 @@ int main(int argc, char** argv) {
     std::printf("%s cannot be written and read\n", path);
     return 1;
   }
-  std::puts("The last sample:");
+  std::puts("");
+  watch.Print();
+  std::puts("\nThe last sample:");
   PrintTree(stored.GetAt(-1)->GetValueTable(), 2);
 
   Kalvo_KValueTable total;

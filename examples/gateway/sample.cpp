@@ -33,6 +33,31 @@ void TakeMemory(Kalvo_KValueTable* memory) {
   }
 }
 
+// "cpu0 user nice system idle iowait irq softirq steal ..."
+void TakeProcessors(Kalvo_KValueTable* processors) {
+  constexpr int kIdle = 4;
+  constexpr int kWaiting = 5;
+  constexpr int kColumns = 9;
+  Kalvo_StringArray lines;
+  lines.Split(ReadText("/proc/stat").c_str(), '\n', 1);
+  for (int i = 0; i < lines.GetSize(); ++i) {
+    Kalvo_StringArray words;
+    SplitWords(lines[i], &words);
+    if (words.GetSize() < kColumns || *words[0] == "cpu") continue;
+    if (Kalvo_String(words[0]->c_str(), 3) != "cpu") continue;
+    unsigned long total = 0;
+    unsigned long idle = 0;
+    for (int column = 1; column < kColumns; ++column) {
+      const unsigned long ticks = static_cast<unsigned long>(words[column]->ToFloat());
+      total += ticks;
+      if (column == kIdle || column == kWaiting) idle += ticks;
+    }
+    Kalvo_KValueTable* processor = processors->InsertTable(words[0]->c_str());
+    processor->Insert("busy")->Set(total - idle);
+    processor->Insert("total")->Set(total);
+  }
+}
+
 // "  eth0: received packets ... (8 numbers) sent packets ..."
 void TakeNetwork(Kalvo_KValueTable* network) {
   Kalvo_StringArray lines;
@@ -65,5 +90,6 @@ void TakeSample(Kalvo_KValueTable* values) {
   values->Set("time", static_cast<long>(std::time(nullptr)));
   TakeLoad(values->InsertTable("load"));
   TakeMemory(values->InsertTable("memory"));
+  TakeProcessors(values->InsertTable("processors"));
   TakeNetwork(values->InsertTable("network"));
 }

@@ -5,11 +5,12 @@
 
 #include <kalvobase/kalvobase.h>
 
-// host      text
-// time      long, seconds since 1970
-// load      1min, 5min, 15min: double
-// memory    total, available: unsigned long, in MiB
-// network   a table for each interface: received, sent: double, in MiB
+// host        text
+// time        long, seconds since 1970
+// load        1min, 5min, 15min: double
+// memory      total, available: unsigned long, in MiB
+// processors  a table for each: busy, total: unsigned long, ticks since the start
+// network     a table for each interface: received, sent: double, in MiB
 class Sample : public Kalvo_QueueObject {
  public:
   const char* GetTypename(Kalvo_String* out) override;

@@ -8,7 +8,6 @@
 #define KALVOBASE_SRC_FRAME_HASH_MAP_H_
 
 #include <cstdint>
-#include <memory>
 #include <new>
 #include <utility>
 
@@ -22,12 +21,11 @@ class HashMap {
   HashMap& operator=(const HashMap&) = delete;
 
   ~HashMap() {
-    if (buckets_ == nullptr) return;
-    for (std::uint32_t i = 0; i < kBuckets; ++i) {
-      while (Node* node = buckets_[i]) {
-        buckets_[i] = node->next;
-        node->~Node();
-        nodes_.Give(node);
+    for (Node* node : buckets_) {
+      while (node != nullptr) {
+        Node* gone = std::exchange(node, node->next);
+        gone->~Node();
+        nodes_.Give(gone);
       }
     }
   }
@@ -35,7 +33,6 @@ class HashMap {
   // Null if there is no such key.
   template <class LookUp>
   Value* Find(const LookUp& key, std::uint32_t hash) const {
-    if (buckets_ == nullptr) return nullptr;
     for (Node* node = buckets_[hash % kBuckets]; node != nullptr; node = node->next) {
       if (node->key == key) return &node->value;
     }
@@ -49,7 +46,6 @@ class HashMap {
       *found = std::move(value);
       return;
     }
-    if (buckets_ == nullptr) buckets_ = std::make_unique<Node*[]>(kBuckets);
     void* memory = nodes_.Take();
     if (memory == nullptr) throw std::bad_alloc();
     Node*& chain = buckets_[hash % kBuckets];
@@ -63,7 +59,7 @@ class HashMap {
     Value value;
   };
 
-  std::unique_ptr<Node*[]> buckets_;  // made with the first key
+  Node* buckets_[kBuckets] = {};
   BlockPool<Node, 10, 10, 0> nodes_;
 };
 

@@ -86,7 +86,12 @@ class MP_FSMService::Delivery {
   // A line begins with the object and its state.
   template <class... Rest>
   void Trace(const char* format, Rest... rest) const {
-    if (log_ == nullptr) return;
+    if (log_ != nullptr) Print(format, rest...);
+  }
+
+  // Kept out of line: most events are not traced.
+  template <class... Rest>
+  [[gnu::noinline]] void Print(const char* format, Rest... rest) const {
     const std::uint32_t id = static_cast<std::uint32_t>(object_->GetObjectId());
     log_(-1, format, id, Current().name.c_str(), rest...);
   }
@@ -94,10 +99,11 @@ class MP_FSMService::Delivery {
   // The event follows.
   template <class... Rest>
   void TraceEvent(const char* stringFormat, const char* intFormat, Rest... rest) const {
+    if (log_ == nullptr) return;
     if (event_.IsString()) {
-      Trace(stringFormat, event_.name, event_.value, rest...);
+      Print(stringFormat, event_.name, event_.value, rest...);
     } else {
-      Trace(intFormat, event_.code, event_.value, rest...);
+      Print(intFormat, event_.code, event_.value, rest...);
     }
   }
 

@@ -66,11 +66,11 @@ Kalvo_FSM_State* MP_FSMService::GetState(const char* name) {
   return state != nullptr ? *state : nullptr;
 }
 
-void MP_FSMService::Resolve(MP_FSM_Rule* rule, const Kalvo_FSM_State* from) {
+void MP_FSMService::LookUpNext(MP_FSM_Rule* rule, const Kalvo_FSM_State* from) {
   if (rule->nextStatus == FSM_NEXT_FIRST_STATE) {
     rule->nextState = InitialState() != from ? InitialState() : nullptr;
     rule->nextStatus = FSM_NEXT_RESOLVED;
-  } else if (rule->nextStatus == FSM_NEXT_BY_NAME) {
+  } else {
     Kalvo_FSM_State* found = GetState(rule->nextStateName.c_str());
     rule->nextState = found != from ? found : nullptr;
     rule->nextStatus = found != nullptr ? FSM_NEXT_RESOLVED : FSM_NEXT_INVALID;

@@ -37,7 +37,10 @@ class MP_FSMService {
   Kalvo_FSM_State* InitialState() { return &states_.front(); }
 
   // Settles where a rule leads, once, as seen from `from`: a rule that leads there stays.
-  void Resolve(MP_FSM_Rule* rule, const Kalvo_FSM_State* from);
+  void Resolve(MP_FSM_Rule* rule, const Kalvo_FSM_State* from) {
+    if (rule->nextStatus <= FSM_NEXT_BY_NAME) LookUpNext(rule, from);
+  }
+  void LookUpNext(MP_FSM_Rule* rule, const Kalvo_FSM_State* from);
 
   std::deque<Kalvo_FSM_State> states_;  // in order of creation, the initial state first
   HashMap<std::string_view, Kalvo_FSM_State*, 17> stateMap_;  // keys in the states

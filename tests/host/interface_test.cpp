@@ -24,6 +24,9 @@ static_assert(IsPlainHandle<Kalvo_Queue>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_Key>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_Value>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_KValueTable>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_FSM_Object>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_FSM_State>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_FSMService>(), "a handle is two pointers");
 static_assert(sizeof(Kalvo_KVPair) == sizeof(Kalvo_QueueObject) + 4 * sizeof(void*), "an item");
 static_assert(sizeof(Kalvo_QueueObject) == 3 * sizeof(void*), "the base of all items");
 static_assert(sizeof(Kalvo_StringArray) == sizeof(void*), "no virtual table");
@@ -50,6 +53,10 @@ constexpr Kalvo_Long* (Kalvo_Value::*kLongs)(unsigned long*) = &Kalvo_Value::Get
 constexpr Kalvo_Value* (Kalvo_KValueTable::*kInsert)(Kalvo_Key&) = &Kalvo_KValueTable::Insert;
 constexpr Kalvo_Value* (Kalvo_KValueTable::*kAt)(int) const = &Kalvo_KValueTable::GetAt;
 constexpr unsigned long (*kHashOfKey)(Kalvo_Key) = &Kalvo_HashKey;
+constexpr void (Kalvo_FSM_State::*kRange)(unsigned long, long, long, FSM_Handler,
+                                          const char*) = &Kalvo_FSM_State::AddIntMsgHandle;
+constexpr void (Kalvo_FSMService::*kAny)(const char*, FSM_Handler,
+                                         const char*) = &Kalvo_FSMService::AddStrMsgHandle;
 
 TEST(Interface, OverloadsAreThere) {
   Kalvo_String s("abc");
@@ -75,6 +82,10 @@ TEST(Interface, OverloadsAreThere) {
   (inserted->*kSetLong)(7);
   EXPECT_EQ(*((table.*kAt)(0)->*kLongs)(nullptr), 7);
   EXPECT_EQ(kHashOfKey(key), 2u);
+  Kalvo_FSMService service;
+  (service.GetState(nullptr)->*kRange)(1, 2, 3, nullptr, "none");
+  (service.*kAny)("any", nullptr, "");
+  EXPECT_EQ(service.FinishAndCheck(nullptr), 1);
 }
 
 // Virtual calls land in the slots of the base.
