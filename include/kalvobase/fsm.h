@@ -21,12 +21,15 @@
 // 32-bit numbers. A rule answers one value, a range of values or any value of a code or a
 // name; it may have a handler, and it may lead to another state.
 //
-// Where a rule leads is told by name, and looked up in FinishAndCheck or else when the rule
-// is first used, so states may be named before they are added:
+// Where a rule leads is told by name:
 //   null            the initial state
 //   ""              nowhere: the object stays
 //   "some name"     the state of that name
-// A rule that leads to the very state that it belongs to stays there, too.
+// The name is looked up once, in FinishAndCheck or else when the rule is first used; until
+// then the state need not be there, and a name that is not found then stays invalid. A rule
+// that leads to the very state that it belongs to leads nowhere. A rule of the service
+// belongs to no state: after FinishAndCheck it leaves and enters its target even from there,
+// and without it, it leads nowhere for ever if it is first used there.
 //
 // Building a service is for one thread. After FinishAndCheck events change the objects
 // only: any number of threads may drive objects of their own through one service. Handlers
@@ -46,7 +49,8 @@ class MP_FSM_Object;
 class MP_FSM_State;
 class MP_FSMService;
 
-// A member function of a subclass of Kalvo_FSM_Object, cast to this type. It gets the event
+// A member function of a subclass of Kalvo_FSM_Object, cast to this type, which takes a
+// subclass that does not derive virtually. It gets the event
 // (`name` is null for an integer event, `code` 0 for a string event), the caller's `data`,
 // the object's previous and current state, and the state that the rule leads to, null if it
 // leads nowhere.
@@ -72,8 +76,9 @@ class KALVO_API Kalvo_FSM_Object {
   MP_FSM_Object* impl_;
 };
 
-// Rules are never removed. A second exact or plain rule for the same event takes the
-// place of the first. Handlers may be null.
+// A second exact or plain rule for the same event takes the place of the first, which is still
+// checked. Handlers may be null. States are made by a service; one of a host's own is of no
+// use.
 class KALVO_API Kalvo_FSM_State {
  public:
   Kalvo_FSM_State();
@@ -94,16 +99,16 @@ class KALVO_API Kalvo_FSM_State {
   void AddStrMsgHandle(const char* name, FSM_Handler handler, const char* nextState);
 
   // For every event without a rule in this state, in place of the service's own rules. A
-  // null `handler` removes it.
+  // second call replaces the first, and a null `handler` removes the rule.
   void SetUnExceptEventHandle(FSM_Handler handler, const char* nextState);
 
   // When an object has entered this state it goes on to `nextState` at once. Up to three
   // such steps follow one event. The object's first entry into the initial state does not
-  // count, and no exit handler is called.
+  // count, and no exit handler is called. A second call replaces the first.
   void SetForceState(const char* nextState, FSM_Handler handler);
 
-  // Called when an object has entered this state, and when one of its events had a rule,
-  // even one that leads nowhere. Null for none.
+  // Called when an object has entered this state, and behind the handler of a rule that one of
+  // its events had here, even one that leads nowhere. Null for none.
   void SetStateEnterHandler(FSM_Handler handler);
   void SetStateExitHandler(FSM_Handler handler);
 
@@ -143,13 +148,14 @@ class KALVO_API Kalvo_FSMService {
   void AddStrMsgHandle(const char* name, FSM_Handler handler, const char* nextState);
 
   // Deliver an event to `object`. Called are, as far as they are there: the rule's handler,
-  // the exit handler of the state, and if the rule leads to another state, that state's
-  // enter handler and the handlers of forced steps. An event without a rule is dropped, and
+  // the exit handler of the state, and if the rule leads somewhere, that state's enter handler
+  // and the handlers of forced steps. An event without a rule is dropped, and
   // so is one whose rule leads to a state that does not exist. Exceptions of handlers pass
   // through and leave the object where it is at that moment.
   //
-  // A null object does nothing, nor does a null name. `log`, which may be null, gets a line
-  // for the event and one for each step.
+  // A null object does nothing, nor does a null name. Service, object and name must outlive
+  // the call. `log`, which may be null, gets a line for the event and one for each step or for
+  // what was in its way.
   void HandleIntMsg(unsigned long code, long value, Kalvo_FSM_Object* object, void* data,
                     FSM_LogCallback log);
   void HandleStringMsg(const char* name, long value, Kalvo_FSM_Object* object, void* data,

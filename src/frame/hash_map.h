@@ -34,7 +34,7 @@ class HashMap {
   template <class LookUp>
   Value* Find(const LookUp& key, std::uint32_t hash) const {
     for (Node* node = buckets_[hash % kBuckets]; node != nullptr; node = node->next) {
-      if (node->key == key) return &node->value;
+      if (node->hash == hash && node->key == key) return &node->value;
     }
     return nullptr;
   }
@@ -49,12 +49,13 @@ class HashMap {
     void* memory = nodes_.Take();
     if (memory == nullptr) throw std::bad_alloc();
     Node*& chain = buckets_[hash % kBuckets];
-    chain = new (memory) Node{chain, Key(key), std::move(value)};
+    chain = new (memory) Node{chain, hash, Key(key), std::move(value)};
   }
 
  private:
   struct Node {
     Node* next;
+    std::uint32_t hash;
     Key key;
     Value value;
   };

@@ -1,9 +1,11 @@
+#include <string>
+
 #include "frame/messages.h"
 #include "fsm/mp_fsm_object.h"
 #include "fsm/mp_fsm_service.h"
 
-// One event on its way to one object. Handlers may do anything, deliver further events to
-// the same object among it, so what is in a rule is taken before its handler runs, and the
+// One event on its way to one object. Handlers and callbacks may do anything, deliver further
+// events to the same object among it, so what is in a rule is taken before they run, and the
 // object's states are read anew after each.
 class MP_FSMService::Delivery {
  public:
@@ -30,8 +32,8 @@ class MP_FSMService::Delivery {
     }
     service_->Resolve(rule, position_.currentState);
     if (rule->nextStatus == FSM_NEXT_INVALID) {
-      TraceEvent(messages::kFsmStringNoTarget, messages::kFsmIntNoTarget,
-                 rule->nextStateName.c_str());
+      const std::string target = rule->nextStateName;
+      TraceEvent(messages::kFsmStringNoTarget, messages::kFsmIntNoTarget, target.c_str());
       return;
     }
     Kalvo_FSM_State* const next = rule->nextState;
@@ -72,7 +74,8 @@ class MP_FSMService::Delivery {
       if (rule == nullptr) return;
       service_->Resolve(rule, position_.currentState);
       if (rule->nextStatus == FSM_NEXT_INVALID) {
-        Trace(messages::kFsmForcedNoTarget, rule->nextStateName.c_str());
+        const std::string target = rule->nextStateName;
+        Trace(messages::kFsmForcedNoTarget, target.c_str());
         return;
       }
       Kalvo_FSM_State* const next = rule->nextState;

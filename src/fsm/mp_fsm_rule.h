@@ -44,10 +44,10 @@ struct MP_FSM_EventKey {
 struct MP_FSM_Rule {
   // `next` as the public operations take it.
   void LeadTo(const char* next) {
-    nextStatus = next == nullptr   ? FSM_NEXT_FIRST_STATE
-                 : next[0] == '\0' ? FSM_NEXT_NONE
-                                   : FSM_NEXT_BY_NAME;
     nextStateName = next != nullptr ? next : "";
+    nextStatus = next == nullptr         ? FSM_NEXT_FIRST_STATE
+                 : nextStateName.empty() ? FSM_NEXT_NONE
+                                         : FSM_NEXT_BY_NAME;
     nextState = nullptr;
   }
 

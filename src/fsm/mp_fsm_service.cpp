@@ -43,21 +43,27 @@ void ReportRule(FSM_LogCallback report, const char* owner, const MP_FSM_Rule& ru
 
 }  // namespace
 
-MP_FSMService::MP_FSMService() {
-  Kalvo_FSM_State* initial = &states_.emplace_back();
-  MP_FSM_State::Of(*initial).referenceCount = 1;
-  stateMap_.Put(std::string_view(), Hash({}), initial);
+MP_FSMService::MP_FSMService() { MP_FSM_State::Of(*NewState("")).referenceCount = 1; }
+
+Kalvo_FSM_State* MP_FSMService::NewState(const char* name) {
+  states_.push_back(std::make_unique<Kalvo_FSM_State>());
+  Kalvo_FSM_State* state = states_.back().get();
+  try {
+    MP_FSM_State& body = MP_FSM_State::Of(*state);
+    body.name = name;
+    stateMap_.Put(std::string_view(body.name), Hash(body.name), state);
+  } catch (...) {
+    states_.pop_back();
+    throw;
+  }
+  return state;
 }
 
 Kalvo_FSM_State* MP_FSMService::AddState(const char* name) {
   if (name == nullptr) return InitialState();
   if (name[0] == '\0') return nullptr;
-  if (Kalvo_FSM_State* known = GetState(name)) return known;
-  Kalvo_FSM_State* state = &states_.emplace_back();
-  MP_FSM_State& body = MP_FSM_State::Of(*state);
-  body.name = name;
-  stateMap_.Put(std::string_view(body.name), Hash(body.name), state);
-  return state;
+  Kalvo_FSM_State* known = GetState(name);
+  return known != nullptr ? known : NewState(name);
 }
 
 Kalvo_FSM_State* MP_FSMService::GetState(const char* name) {
@@ -78,6 +84,8 @@ void MP_FSMService::LookUpNext(MP_FSM_Rule* rule, const Kalvo_FSM_State* from) {
   }
 }
 
+// The callback may do anything to the service, so lines are made from copies and lists are
+// walked by number.
 int MP_FSMService::FinishAndCheck(FSM_LogCallback report) {
   constexpr int kNoSuchState = 1;
   constexpr int kUnreferenced = 2;
@@ -88,13 +96,13 @@ int MP_FSMService::FinishAndCheck(FSM_LogCallback report) {
       Resolve(rule, &owner);
       if (rule->nextStatus != FSM_NEXT_INVALID) return;
       found |= kNoSuchState;
-      if (report != nullptr) ReportRule(report, body.name.c_str(), *rule);
+      if (report != nullptr) ReportRule(report, body.name.c_str(), MP_FSM_Rule(*rule));
     });
   };
-  for (Kalvo_FSM_State& state : states_) check(state);
+  for (std::size_t i = 0; i < states_.size(); ++i) check(*states_[i]);
   check(sharedState_);
-  for (Kalvo_FSM_State& state : states_) {
-    const MP_FSM_State& body = MP_FSM_State::Of(state);
+  for (std::size_t i = 0; i < states_.size(); ++i) {
+    const MP_FSM_State& body = MP_FSM_State::Of(*states_[i]);
     if (body.referenceCount != 0) continue;
     found |= kUnreferenced;
     if (report != nullptr) report(kLevel, messages::kFsmUnreferenced, body.name.c_str());

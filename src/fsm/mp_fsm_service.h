@@ -4,8 +4,9 @@
 #define KALVOBASE_SRC_FSM_MP_FSM_SERVICE_H_
 
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <string_view>
+#include <vector>
 
 #include "frame/hash_map.h"
 #include "fsm/mp_fsm_event.h"
@@ -34,7 +35,8 @@ class MP_FSMService {
  private:
   class Delivery;
 
-  Kalvo_FSM_State* InitialState() { return &states_.front(); }
+  Kalvo_FSM_State* InitialState() { return states_.front().get(); }
+  Kalvo_FSM_State* NewState(const char* name);
 
   // Settles where a rule leads, once, as seen from `from`: a rule that leads there stays.
   void Resolve(MP_FSM_Rule* rule, const Kalvo_FSM_State* from) {
@@ -42,7 +44,7 @@ class MP_FSMService {
   }
   void LookUpNext(MP_FSM_Rule* rule, const Kalvo_FSM_State* from);
 
-  std::deque<Kalvo_FSM_State> states_;  // in order of creation, the initial state first
+  std::vector<std::unique_ptr<Kalvo_FSM_State>> states_;      // the initial state first
   HashMap<std::string_view, Kalvo_FSM_State*, 17> stateMap_;  // keys in the states
   Kalvo_FSM_State sharedState_;  // no object is ever in it; its rules are the service's
 };

@@ -3,6 +3,7 @@
 #ifndef KALVOBASE_SRC_FSM_MP_FSM_STATE_H_
 #define KALVOBASE_SRC_FSM_MP_FSM_STATE_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -31,11 +32,11 @@ class MP_FSM_State {
   // the one for unexpected events.
   MP_FSM_Rule* Find(const MP_FSM_Event& event);
 
-  // Calls `visit` with each rule in the order in which rules are checked.
+  // Calls `visit` with each rule in the order in which rules are checked. It may add rules.
   template <class Visit>
   void ForEachRule(Visit visit) {
-    for (MP_FSM_Rule& rule : keyedRules_) visit(&rule);
-    for (MP_FSM_Rule& rule : rangeRules_) visit(&rule);
+    for (std::size_t i = 0; i < keyedRules_.size(); ++i) visit(&keyedRules_[i]);
+    for (std::size_t i = 0; i < rangeRules_.size(); ++i) visit(&rangeRules_[i]);
     if (forceRule != nullptr) visit(forceRule.get());
     if (unexpectedRule_ != nullptr) visit(unexpectedRule_.get());
   }

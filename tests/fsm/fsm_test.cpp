@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <random>
 #include <string>
 #include <thread>
@@ -46,9 +47,20 @@ std::string Name(Kalvo_FSM_State* state) { return state != nullptr ? state->GetS
   const char *name, unsigned long code, long value, void *data, Kalvo_FSM_State *previous, \
       Kalvo_FSM_State *current, Kalvo_FSM_State *next
 
-class Probe : public Kalvo_FSM_Object {
+class Other {
  public:
-  unsigned long GetObjectId() override { return 0xABC; }
+  virtual ~Other() = default;
+};
+
+// Has a second base, and a number that has more than 32 bits where a long has.
+class Probe : public Other, public Kalvo_FSM_Object {
+ public:
+  explicit Probe(Kalvo_FSMService* service) : service_(service) {}
+
+  unsigned long GetObjectId() override {
+    ++asked;
+    return ~0xFFFFFFFFul | 0xABC;
+  }
 
   template <int N>
   void On(HANDLER_ARGUMENTS) {
@@ -56,7 +68,19 @@ class Probe : public Kalvo_FSM_Object {
     happened.push_back("handler " + std::to_string(N) + " " + (name != nullptr ? name : "-") + " " +
                        std::to_string(code) + " " + std::to_string(value) + " " + Name(previous) +
                        " " + Name(current) + " " + Name(next));
+    if (N != model::kDeliveringHandler || further_) return;
+    further_ = true;
+    const model::Event& event = model::kFurther;
+    service_->HandleIntMsg(event.code, event.value, this, this, log);
+    further_ = false;
   }
+
+  FSM_LogCallback log = nullptr;
+  int asked = 0;
+
+ private:
+  Kalvo_FSMService* service_;
+  bool further_ = false;
 };
 
 template <int... N>
@@ -96,39 +120,47 @@ void AddTo(Owner* owner, const model::Rule& rule) {
 class RandomMachine {
  public:
   explicit RandomMachine(unsigned seed) : random_(seed) {
-    const int states = 1 + Below(5);
-    for (int i = 0; i < states; ++i) {
-      const std::string name(1, static_cast<char>('A' + i));
-      service_.AddState(name.c_str());
-      machine_.states.emplace_back().name = name;
-    }
+    for (int i = 1 + Below(5); i > 0; --i) AddState();
     for (model::State& state : machine_.states) Fill(&state, service_.GetState(state.name.c_str()));
     for (int i = Below(5); i > 0; --i) Add(&machine_.shared, &service_);
+    if (Below(3) != 0) log_ = Trace;
   }
 
   // Runs both, and compares what happens after each step.
   void Run() {
     happened.clear();
-    if (Below(2) == 0) {
-      Compare(service_.FinishAndCheck(Trace), machine_.Check());
-    }
-    Probe object;
+    if (Below(2) == 0) Compare(service_.FinishAndCheck(log_), machine_.Check());
+    Probe object(&service_);
+    object.log = log_;
     for (int i = 0; i < 60 && !testing::Test::HasFailure(); ++i) {
+      if (Below(30) == 0) AddState();
+      if (Below(20) == 0) {
+        model::State& state = machine_.states[random_() % machine_.states.size()];
+        Kalvo_FSM_State* handle = service_.GetState(state.name.c_str());
+        Add(&state, handle);
+        SetForced(&state, handle);
+        SetUnexpected(&state, handle);
+      }
       const model::Event event = {Below(2) == 0, Word(), Code(), Below(8) - 2};
       machine_.Handle(event);
       if (event.isString) {
-        service_.HandleStringMsg(event.name.c_str(), event.value, &object, &object, Trace);
+        service_.HandleStringMsg(event.name.c_str(), event.value, &object, &object, log_);
       } else {
-        service_.HandleIntMsg(event.code, event.value, &object, &object, Trace);
+        service_.HandleIntMsg(event.code, event.value, &object, &object, log_);
       }
       Compare(0, 0);
     }
-    Compare(service_.FinishAndCheck(Trace), machine_.Check());
+    Compare(service_.FinishAndCheck(log_), machine_.Check());
+    EXPECT_EQ(object.asked > 0, log_ != nullptr);
   }
 
  private:
   int Below(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
-  std::string Word() { return std::string(1, static_cast<char>('a' + Below(3))); }
+  // Prefixes of each other, in one case and the other, and two with one hash.
+  std::string Word() {
+    static const char* const kWords[] = {"", "a", "A", "ab", "aB", "b!"};
+    return kWords[Below(6)];
+  }
   unsigned Code() { return 0xFFFFFFF0u + static_cast<unsigned>(Below(20)); }
   int HandlerOrNone() { return Below(kHandlers + 3) < kHandlers ? Below(kHandlers) : model::kNone; }
 
@@ -137,6 +169,12 @@ class RandomMachine {
     if (which == 0) return std::nullopt;
     if (which == 1) return "";
     return std::string(1, static_cast<char>('A' + which - 2));  // not all of these exist
+  }
+
+  void AddState() {
+    const std::string name(1, static_cast<char>('A' + machine_.states.size() - 1));
+    service_.AddState(name.c_str());
+    machine_.states.emplace_back().name = name;
   }
 
   model::Rule NewRule(model::Rule::Shape shape) {
@@ -159,19 +197,32 @@ class RandomMachine {
     state->exit = HandlerOrNone();
     handle->SetStateEnterHandler(Handler(state->enter));
     handle->SetStateExitHandler(Handler(state->exit));
-    if (Below(3) == 0) {
-      state->forced = NewRule(model::Rule::kForced);
-      handle->SetForceState(Next(*state->forced), Handler(state->forced->handler));
-    }
-    if (Below(4) == 0) {
-      const model::Rule rule = NewRule(model::Rule::kUnexpected);
-      handle->SetUnExceptEventHandle(Handler(rule.handler), Next(rule));
-      if (rule.handler != model::kNone) state->unexpected = rule;
-    }
+    if (Below(3) == 0) SetForced(state, handle);
+    if (Below(3) == 0) SetUnexpected(state, handle);
+  }
+
+  // These may replace what was set before.
+  void SetForced(model::State* state, Kalvo_FSM_State* handle) {
+    state->forced = NewRule(model::Rule::kForced);
+    handle->SetForceState(Next(*state->forced), Handler(state->forced->handler));
+  }
+
+  void SetUnexpected(model::State* state, Kalvo_FSM_State* handle) {
+    const model::Rule rule = NewRule(model::Rule::kUnexpected);
+    handle->SetUnExceptEventHandle(Handler(rule.handler), Next(rule));
+    state->unexpected.reset();
+    if (rule.handler != model::kNone) state->unexpected = rule;
   }
 
   void Compare(int result, int expected) {
     EXPECT_EQ(result, expected);
+    if (log_ == nullptr) {  // the handlers only
+      std::vector<std::string> calls;
+      for (const std::string& line : machine_.happened) {
+        if (line.rfind("handler", 0) == 0) calls.push_back(line);
+      }
+      machine_.happened = calls;
+    }
     EXPECT_EQ(happened, machine_.happened);
     happened.clear();
     machine_.happened.clear();
@@ -180,6 +231,7 @@ class RandomMachine {
   std::mt19937 random_;
   model::Machine machine_;
   Kalvo_FSMService service_;
+  FSM_LogCallback log_ = nullptr;
 };
 
 TEST(Machine, DoesWhatItsRulesTell) {
@@ -208,16 +260,53 @@ TEST(Machine, StatesByName) {
 
 TEST(Machine, NumbersCountAs32Bits) {
   Kalvo_FSMService service;
-  service.AddIntMsgHandle(5, -1, handlers[0], "");
+  service.AddIntMsgHandle(0x100000005ul, -1, handlers[0], "");
   service.AddStrMsgHandle(nullptr, 0xFFFFFFFEl, handlers[1], "");
-  Probe object;
+  service.GetState(nullptr)->SetStateEnterHandler(handlers[2]);
+  Probe object(&service);
   happened.clear();
-  service.HandleIntMsg(0x100000005ul, 0xFFFFFFFFl, &object, &object, nullptr);
-  service.HandleStringMsg("", -2, &object, &object, nullptr);
   service.HandleStringMsg(nullptr, 0, &object, &object, Trace);
+  service.HandleStringMsg("", 0, nullptr, nullptr, Trace);
   service.HandleIntMsg(5, -1, nullptr, nullptr, Trace);
-  const std::vector<std::string> expected = {"handler 0 - 5 -1 -  -", "handler 1  0 -2 -  -"};
+  EXPECT_TRUE(happened.empty());
+  service.HandleIntMsg(5, 0xFFFFFFFFl, &object, &object, nullptr);
+  service.HandleStringMsg("", -2, &object, &object, nullptr);
+  const std::vector<std::string> expected = {"handler 2 - 5 -1 -  -", "handler 0 - 5 -1 -  -",
+                                             "handler 1  0 -2 -  -"};
   EXPECT_EQ(happened, expected);
+}
+
+Kalvo_FSMService* repaired = nullptr;
+
+void AddWhatIsMissing(int, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  char line[512];
+  for (int i = 0; i < 100; ++i) {
+    repaired->AddState(("more" + std::to_string(i)).c_str());
+    repaired->GetState("a")->AddIntMsgHandle(1, i, nullptr, nullptr);
+  }
+  repaired->GetState("a")->SetUnExceptEventHandle(nullptr, nullptr);
+  std::vsnprintf(line, sizeof(line), format, args);
+  EXPECT_NE(std::strlen(line), 0u);
+  va_end(args);
+}
+
+TEST(Machine, CallbacksMayChangeTheService) {
+  Kalvo_FSMService service;
+  repaired = &service;
+  Kalvo_FSM_State* a = service.AddState("a");
+  const std::string missing(100, 'm');
+  service.GetState(nullptr)->AddIntMsgHandle(1, nullptr, "a");
+  a->AddIntMsgHandle(2, nullptr, missing.c_str());
+  Probe object(&service);
+  service.HandleIntMsg(1, 0, &object, &object, nullptr);
+  a->SetUnExceptEventHandle(handlers[0], missing.c_str());
+  service.HandleIntMsg(9, 0, &object, &object, AddWhatIsMissing);
+  a->SetUnExceptEventHandle(handlers[0], missing.c_str());
+  EXPECT_EQ(service.FinishAndCheck(AddWhatIsMissing), 3);
+  service.AddState(missing.c_str());  // too late for the rule
+  EXPECT_EQ(service.FinishAndCheck(nullptr) & 1, 1);
 }
 
 // An object whose handlers do what they should not.
@@ -349,6 +438,7 @@ TEST(Machine, ThreadsShareAService) {
     });
   }
   for (std::thread& thread : threads) thread.join();
+  EXPECT_GT(sums[0], 0);
   for (const long sum : sums) EXPECT_EQ(sum, sums[0]);
 }
 

@@ -27,6 +27,10 @@ void Machine::Call(int handler, const Event& event, int before, int now, int nex
       "handler " + std::to_string(handler) + " " + (event.isString ? event.name : "-") + " " +
       std::to_string(event.isString ? 0 : event.code) + " " + std::to_string(event.value) + " " +
       Name(before) + " " + Name(now) + " " + Name(next));
+  if (handler != kDeliveringHandler || further_) return;
+  further_ = true;
+  Handle(kFurther);
+  further_ = false;
 }
 
 Rule* Machine::Find(State* state, const Event& event) {

@@ -12,12 +12,17 @@ namespace model {
 
 constexpr int kNone = -1;
 
+// This handler delivers kFurther to the same object, unless that is on its way already.
+constexpr int kDeliveringHandler = 9;
+
 struct Event {
   bool isString;
   std::string name;
   unsigned code;
   int value;
 };
+
+inline const Event kFurther = {false, "", 0xFFFFFFF3u, 1};
 
 struct Rule {
   enum Shape { kExact, kRange, kAny, kUnexpected, kForced } shape;
@@ -57,6 +62,8 @@ class Machine {
   std::vector<std::string> happened;
 
  private:
+  bool further_ = false;
+
   Rule* Find(State* state, const Event& event);
   void Settle(Rule* rule, int from);
   void Call(int handler, const Event& event, int before, int now, int next);

@@ -90,6 +90,18 @@ TEST(Table, CaseFlag) {
   table.SetCaseFlag(1);
   EXPECT_EQ(table.GetValue("q"), table.GetAt(0));  // the same hash with and without case
   EXPECT_EQ(table.GetValue("Q"), nullptr);
+
+  // "AaaaA" with case and "aaaaa" without have two hashes that lead to one chain. There they
+  // are equal, as one key without case is enough; "aaAaA" leads elsewhere.
+  for (int others = 0; others < 20; others += 19) {  // in a small table, and in a larger one
+    Kalvo_KValueTable mixed;
+    mixed.SetCaseFlag(0);
+    mixed.Insert("aaaaa");
+    mixed.SetCaseFlag(1);
+    for (int i = 0; i < others; ++i) mixed.Insert(std::to_string(i).c_str());
+    EXPECT_EQ(mixed.GetValue("AaaaA"), mixed.GetAt(0));
+    EXPECT_EQ(mixed.GetValue("aaAaA"), nullptr);
+  }
 }
 
 TEST(Table, PositionsAndKeys) {
