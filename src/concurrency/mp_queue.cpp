@@ -209,7 +209,7 @@ int MP_Queue::WaitData(std::int32_t ms) {
 
 void MP_Queue::Signal() { platform::event_set(event_); }
 
-void MP_Queue::Remove(Kalvo_QueueObject* object) {
+void MP_Queue::TakeFromQueue(Kalvo_QueueObject* object) {
   const ObjectGuard guard(object);
   if (guard.queue() != nullptr) guard.queue()->TakeOutAndFree(object->item_);
 }

@@ -33,7 +33,9 @@ class MP_Queue {
   void Signal();
   void QSort(Compare compare, void* context, Kalvo_Queue* owner);
 
-  static void Remove(Kalvo_QueueObject* object);
+  static void Remove(Kalvo_QueueObject* object) {
+    if (object->queue_ != nullptr) TakeFromQueue(object);
+  }
   static void MoveToHead(Kalvo_QueueObject* object);
   static void MoveToTail(Kalvo_QueueObject* object);
   static Kalvo_QueueObject* Next(Kalvo_QueueObject* object);
@@ -46,6 +48,7 @@ class MP_Queue {
   class Guard;
   class ObjectGuard;
 
+  static void TakeFromQueue(Kalvo_QueueObject* object);
   static void Lock(MP_Queue* queue);
   static void Unlock(MP_Queue* queue);
   static Kalvo_QueueObject* AddBeside(Kalvo_QueueObject* place, Kalvo_QueueObject* object,

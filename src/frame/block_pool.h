@@ -42,6 +42,12 @@ class BlockPool {
     if (--used_ == 0 && total_ > kKept) FreeBlocks();
   }
 
+  // Takes back all objects at once, when they have been destroyed.
+  void GiveAll() {
+    FreeBlocks();
+    used_ = 0;
+  }
+
   void Swap(BlockPool& other) {
     std::swap(spares_, other.spares_);
     std::swap(fresh_, other.fresh_);

@@ -7,9 +7,10 @@
 // One event on its way to one object. Handlers and callbacks may do anything, deliver further
 // events to the same object among it, so what is in a rule is taken before they run, and the
 // object's states are read anew after each.
+template <class Event>
 class MP_FSMService::Delivery {
  public:
-  Delivery(MP_FSMService* service, const MP_FSM_Event& event, Kalvo_FSM_Object* object, void* data,
+  Delivery(MP_FSMService* service, const Event& event, Kalvo_FSM_Object* object, void* data,
            FSM_LogCallback log)
       : service_(service),
         event_(event),
@@ -31,18 +32,14 @@ class MP_FSMService::Delivery {
       return;
     }
     service_->Resolve(rule, position_.currentState);
-    if (rule->nextStatus == FSM_NEXT_INVALID) {
-      const std::string target = rule->nextStateName;
-      TraceEvent(messages::kFsmStringNoTarget, messages::kFsmIntNoTarget, target.c_str());
-      return;
-    }
+    if (rule->nextStatus == FSM_NEXT_INVALID) return TraceNoTarget(*rule);
     Kalvo_FSM_State* const next = rule->nextState;
     Call(rule->handler, next);
     Call(Current().exitHandler, next);
     if (next == nullptr) return;
     TraceEvent(messages::kFsmStringMove, messages::kFsmIntMove, NameOf(next));
     Enter(next);
-    FollowForcedSteps();
+    if (Current().forceRule != nullptr) FollowForcedSteps();
   }
 
  private:
@@ -55,7 +52,7 @@ class MP_FSMService::Delivery {
   void Call(FSM_Handler handler, Kalvo_FSM_State* previous, Kalvo_FSM_State* current,
             Kalvo_FSM_State* next) const {
     if (handler == nullptr) return;
-    (object_->*handler)(event_.name, event_.code, event_.value, data_, previous, current, next);
+    (object_->*handler)(event_.name(), event_.code, event_.value, data_, previous, current, next);
   }
 
   void Call(FSM_Handler handler, Kalvo_FSM_State* next) const {
@@ -67,7 +64,13 @@ class MP_FSMService::Delivery {
     Call(Current().enterHandler, next);
   }
 
-  void FollowForcedSteps() {
+  // What most events do not come to is kept out of line.
+  [[gnu::noinline]] void TraceNoTarget(const MP_FSM_Rule& rule) const {
+    const std::string target = rule.nextStateName;
+    TraceEvent(messages::kFsmStringNoTarget, messages::kFsmIntNoTarget, target.c_str());
+  }
+
+  [[gnu::noinline]] void FollowForcedSteps() {
     constexpr int kMostSteps = 3;
     for (int step = 0; step < kMostSteps; ++step) {
       MP_FSM_Rule* rule = Current().forceRule.get();
@@ -92,7 +95,6 @@ class MP_FSMService::Delivery {
     if (log_ != nullptr) Print(format, rest...);
   }
 
-  // Kept out of line: most events are not traced.
   template <class... Rest>
   [[gnu::noinline]] void Print(const char* format, Rest... rest) const {
     const std::uint32_t id = static_cast<std::uint32_t>(object_->GetObjectId());
@@ -102,16 +104,12 @@ class MP_FSMService::Delivery {
   // The event follows.
   template <class... Rest>
   void TraceEvent(const char* stringFormat, const char* intFormat, Rest... rest) const {
-    if (log_ == nullptr) return;
-    if (event_.IsString()) {
-      Print(stringFormat, event_.name, event_.value, rest...);
-    } else {
-      Print(intFormat, event_.code, event_.value, rest...);
-    }
+    const char* format = Event::kKind == FSM_KEY_STRING ? stringFormat : intFormat;
+    Trace(format, event_.told(), event_.value, rest...);
   }
 
   MP_FSMService* service_;
-  const MP_FSM_Event& event_;
+  const Event event_;
   Kalvo_FSM_Object* object_;
   MP_FSM_Object& position_;
   void* data_;
@@ -121,11 +119,11 @@ class MP_FSMService::Delivery {
 void MP_FSMService::HandleInteger(unsigned long code, long value, Kalvo_FSM_Object* object,
                                   void* data, FSM_LogCallback log) {
   if (object == nullptr) return;
-  Delivery(this, MP_FSM_Event::Integer(code, value), object, data, log).Run();
+  Delivery<MP_FSM_IntEvent>(this, {code, value}, object, data, log).Run();
 }
 
 void MP_FSMService::HandleString(const char* name, long value, Kalvo_FSM_Object* object, void* data,
                                  FSM_LogCallback log) {
   if (object == nullptr || name == nullptr) return;
-  Delivery(this, MP_FSM_Event::String(name, value), object, data, log).Run();
+  Delivery<MP_FSM_StringEvent>(this, {name, value}, object, data, log).Run();
 }

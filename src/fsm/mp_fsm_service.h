@@ -33,6 +33,7 @@ class MP_FSMService {
                     FSM_LogCallback log);
 
  private:
+  template <class Event>
   class Delivery;
 
   Kalvo_FSM_State* InitialState() { return states_.front().get(); }

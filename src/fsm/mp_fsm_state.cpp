@@ -22,10 +22,6 @@ std::uint32_t Hash(std::string_view name) { return text::Hash(name.data(), name.
 
 }  // namespace
 
-std::uint32_t MP_FSM_State::HashWithValue(std::uint32_t nameHash, std::int32_t value) {
-  return nameHash + text::Hash(static_cast<std::uint32_t>(value));
-}
-
 // --- Adding rules -------------------------------------------------------------------
 
 MP_FSM_Rule* MP_FSM_State::NewRule(std::deque<MP_FSM_Rule>* rules, MP_FSM_EventKey key,
@@ -95,32 +91,26 @@ void MP_FSM_State::SetForceRule(FSM_Handler handler, const char* next) {
 
 // --- Finding the rule for an event --------------------------------------------------
 
-MP_FSM_Rule* MP_FSM_State::Find(const MP_FSM_Event& event) {
-  MP_FSM_Rule* const* rule;
-  if (event.IsString()) {
-    rule = strValueRuleMap_.Find(NamedValue{event.nameView, event.value},
-                                 HashWithValue(event.nameHash, event.value));
-  } else {
-    const IntKey key = {event.code, event.value, false};
-    rule = intRuleMap_.Find(key, key.Hash());
-  }
-  if (rule != nullptr) return *rule;
-  if (MP_FSM_Rule* range = FindRange(event)) return range;
-  if (event.IsString()) {
-    rule = strRuleMap_.Find(event.nameView, event.nameHash);
-  } else {
-    const IntKey key = {event.code, 0, true};
-    rule = intRuleMap_.Find(key, key.Hash());
-  }
-  return rule != nullptr ? *rule : unexpectedRule_.get();
+MP_FSM_Rule* const* MP_FSM_State::FindAny(const MP_FSM_IntEvent& event) const {
+  const IntKey key = {event.code, 0, true};
+  return intRuleMap_.Find(key, key.Hash());
 }
 
-MP_FSM_Rule* MP_FSM_State::FindRange(const MP_FSM_Event& event) {
-  const FSM_KeyKind kind = event.IsString() ? FSM_KEY_STRING : FSM_KEY_INT;
+MP_FSM_Rule* const* MP_FSM_State::FindAny(const MP_FSM_StringEvent& event) const {
+  return strRuleMap_.Find(event.text, event.hash);
+}
+
+template <class Event>
+MP_FSM_Rule* MP_FSM_State::FindOther(const Event& event) {
   for (MP_FSM_Rule& rule : rangeRules_) {
     const MP_FSM_EventKey& key = rule.key;
-    if (key.kind != kind || !key.values.Contain(event.value)) continue;
-    if (event.IsString() ? key.name == event.nameView : key.code == event.code) return &rule;
+    if (key.kind == Event::kKind && key.values.Contain(event.value) && event.Fits(key)) {
+      return &rule;
+    }
   }
-  return nullptr;
+  MP_FSM_Rule* const* any = FindAny(event);
+  return any != nullptr ? *any : unexpectedRule_.get();
 }
+
+template MP_FSM_Rule* MP_FSM_State::FindOther(const MP_FSM_IntEvent& event);
+template MP_FSM_Rule* MP_FSM_State::FindOther(const MP_FSM_StringEvent& event);

@@ -30,7 +30,11 @@ class MP_FSM_State {
 
   // The rule for an event, or null: the exact one, the first range, the one for any value,
   // the one for unexpected events.
-  MP_FSM_Rule* Find(const MP_FSM_Event& event);
+  template <class Event>
+  MP_FSM_Rule* Find(const Event& event) {
+    MP_FSM_Rule* const* exact = FindExact(event);
+    return exact != nullptr ? *exact : FindOther(event);
+  }
 
   // Calls `visit` with each rule in the order in which rules are checked. It may add rules.
   template <class Visit>
@@ -71,11 +75,25 @@ class MP_FSM_State {
     std::int32_t value;
   };
 
-  static std::uint32_t HashWithValue(std::uint32_t nameHash, std::int32_t value);
+  static std::uint32_t HashWithValue(std::uint32_t nameHash, std::int32_t value) {
+    return nameHash + text::Hash(static_cast<std::uint32_t>(value));
+  }
 
   MP_FSM_Rule* NewRule(std::deque<MP_FSM_Rule>* rules, MP_FSM_EventKey key, FSM_Handler handler,
                        const char* next);
-  MP_FSM_Rule* FindRange(const MP_FSM_Event& event);
+
+  MP_FSM_Rule* const* FindExact(const MP_FSM_IntEvent& event) const {
+    const IntKey key = {event.code, event.value, false};
+    return intRuleMap_.Find(key, key.Hash());
+  }
+  MP_FSM_Rule* const* FindExact(const MP_FSM_StringEvent& event) const {
+    return strValueRuleMap_.Find(NamedValue{event.text, event.value},
+                                 HashWithValue(event.hash, event.value));
+  }
+  MP_FSM_Rule* const* FindAny(const MP_FSM_IntEvent& event) const;
+  MP_FSM_Rule* const* FindAny(const MP_FSM_StringEvent& event) const;
+  template <class Event>
+  MP_FSM_Rule* FindOther(const Event& event);
 
   // Every rule ever added, also those in whose place another one stands.
   std::deque<MP_FSM_Rule> keyedRules_;

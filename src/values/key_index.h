@@ -11,22 +11,18 @@
 
 class MP_TableEntry;
 
-// Has its own copy of the key: an entry stays where it is found when somebody changes the
-// key that the table handed out.
+// An entry stays where it is found when somebody changes the key that the table handed out,
+// so the node reads the entry's key only until that changes, and has one of its own then.
 struct KeyNode {
-  KeyNode(const KeyView& view, std::uint32_t viewHash, MP_TableEntry* viewEntry)
-      : hash(viewHash),
-        ignoresCase(view.caseFlag == 0),
-        wasCut(view.holdsZeros),
-        entry(viewEntry),
-        key(view.Cut()) {}
-
-  KeyNode* next = nullptr;
+  KeyNode* next;
+  MP_TableEntry* entry;
+  const MP_Key* key;
+  std::unique_ptr<MP_Key> own;  // null while `key` is the entry's
   std::uint32_t hash;
   bool ignoresCase;
-  bool wasCut;
-  MP_TableEntry* entry;
-  MP_Key key;
+
+  // Copies the key that it reads.
+  void TakeOwnKey();
 };
 
 // 97 chains, the newest node first. The nodes of a small index are in one chain, where each
@@ -42,10 +38,11 @@ class KeyIndex {
   // The first node of its chain with an equal key, or null. `hash` is that of the cut key.
   KeyNode* Find(const KeyView& key, std::uint32_t hash);
 
-  // A new node, which has the cut key.
-  KeyNode* Add(const KeyView& key, std::uint32_t hash, MP_TableEntry* entry);
+  // A new node for the key of an entry, cut if it holds zero bytes.
+  KeyNode* Add(std::uint32_t hash, MP_TableEntry* entry);
 
   void Remove(KeyNode* node);
+  // For when all entries go.
   void Clear();
   void Swap(KeyIndex& other);
 
@@ -62,7 +59,7 @@ class KeyIndex {
   KeyNode* oneChain_ = nullptr;  // unless there are buckets
   std::unique_ptr<KeyNode*[]> buckets_;
   std::uint32_t count_ = 0;
-  BlockPool<KeyNode, 2, 32, 0> nodes_;
+  BlockPool<KeyNode, 2, 128, 0> nodes_;
 };
 
 #endif  // KALVOBASE_SRC_VALUES_KEY_INDEX_H_

@@ -5,6 +5,7 @@
 
 #include "text/text_bytes.h"
 #include "values/binary_form.h"
+#include "values/key_index.h"
 
 bool EqualNocase(std::string_view a, std::string_view b) {
   a = a.substr(0, a.find('\0'));
@@ -15,7 +16,10 @@ bool EqualNocase(std::string_view a, std::string_view b) {
   });
 }
 
+void MP_Key::KeepForReader() { reader_->TakeOwnKey(); }
+
 void MP_Key::Clear() {
+  BeforeChange();
   text_.Renew(0);
   number_ = 0;
   type_ = Kalvo_KEY_NONE;
@@ -25,6 +29,7 @@ void MP_Key::Clear() {
 
 void MP_Key::SetText(const char* s, int n) {
   if (s == nullptr) return;
+  BeforeChange();
   const std::size_t limit = n < 1 ? KeyView::kLongestText : static_cast<std::size_t>(n);
   text_.Assign(KeyView::Counted(s, std::min(limit, KeyView::kLongestText)));
   holdsZeros_ = false;
@@ -32,6 +37,7 @@ void MP_Key::SetText(const char* s, int n) {
 }
 
 void MP_Key::SetNumber(unsigned long v, const char* label) {
+  BeforeChange();
   text_.Assign(KeyView::Counted(label));
   holdsZeros_ = false;
   number_ = static_cast<std::uint32_t>(v);
@@ -39,6 +45,7 @@ void MP_Key::SetNumber(unsigned long v, const char* label) {
 }
 
 void MP_Key::Assign(const KeyView& view) {
+  BeforeChange();
   text_.Assign(view.text);
   number_ = view.number;
   type_ = view.type;

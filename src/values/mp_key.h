@@ -12,6 +12,10 @@
 class FormReader;
 class FormWriter;
 
+struct KeyNode;
+
+// The key of a table's entry is read by the node of the index under which the entry is found,
+// until it changes: then the node gets a copy of what it was.
 class MP_Key {
  public:
   static MP_Key& Of(Kalvo_Key& key) { return *key.impl_; }
@@ -29,7 +33,12 @@ class MP_Key {
   void SetText(const char* s, int n);
   void SetNumber(unsigned long v, const char* label);
   void Assign(const KeyView& view);
-  void SetCaseFlag(int flag) { caseFlag_ = flag; }
+  void SetCaseFlag(int flag) {
+    if (flag == caseFlag_) return;
+    BeforeChange();
+    caseFlag_ = flag;
+  }
+  void SetReader(KeyNode* node) { reader_ = node; }
 
   std::int32_t type() const { return type_; }
   std::uint32_t number() const { return number_; }
@@ -44,11 +53,17 @@ class MP_Key {
   void Import(FormReader* in);
 
  private:
+  void BeforeChange() {
+    if (reader_ != nullptr) KeepForReader();
+  }
+  void KeepForReader();
+
   SmallBytes text_;
   std::uint32_t number_ = 0;
   std::int32_t type_ = Kalvo_KEY_NONE;
   std::int32_t caseFlag_ = 1;
   bool holdsZeros_ = false;
+  KeyNode* reader_ = nullptr;
 };
 
 #endif  // KALVOBASE_SRC_VALUES_MP_KEY_H_

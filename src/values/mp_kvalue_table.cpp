@@ -23,17 +23,13 @@ MP_TableEntry* MP_KValueTable::NewEntryFor(const KeyView& key, std::uint32_t has
   MP_TableEntry* entry = NewEntry(nullptr);
   try {
     entry->keyBody.Assign(key.Cut());
-    entry->node = index_.Add(key, hash, entry);
+    entry->node = index_.Add(hash, entry);
+    if (key.holdsZeros) entry->node->TakeOwnKey();  // as the entry of another such key has
   } catch (...) {
     RemoveEntry(entry);
     throw;
   }
   return entry;
-}
-
-void MP_KValueTable::DestroyEntry(MP_TableEntry* entry) {
-  entry->~MP_TableEntry();
-  entries_.Give(entry);
 }
 
 // From the nearest of the two ends and the place where one was looked for last.
@@ -115,10 +111,11 @@ void MP_KValueTable::Enter(MP_TableEntry* entry) {
   const std::uint32_t hash = key.Cut().Hash();
   KeyNode* node = index_.Find(key, hash);
   if (node != nullptr) {
+    node->TakeOwnKey();
     node->entry->node = nullptr;
     node->entry = entry;
   } else {
-    node = index_.Add(key, hash, entry);
+    node = index_.Add(hash, entry);
   }
   entry->node = node;
 }
@@ -227,7 +224,8 @@ void MP_KValueTable::RemoveEntry(MP_TableEntry* entry) {
   (entry->previous != nullptr ? entry->previous->next : first_) = entry->next;
   (entry->next != nullptr ? entry->next->previous : last_) = entry->previous;
   --count_;
-  DestroyEntry(entry);
+  entry->~MP_TableEntry();
+  entries_.Give(entry);
 }
 
 // Tables in tables are taken out and put in a list first, so that no destructor calls
@@ -255,8 +253,9 @@ void MP_KValueTable::RemoveEntries(Kalvo_KValueTable** nested) {
       Of(*table).nextDoomed_ = *nested;
       *nested = table;
     }
-    DestroyEntry(std::exchange(entry, entry->next));
+    std::exchange(entry, entry->next)->~MP_TableEntry();
   }
+  entries_.GiveAll();
 }
 
 void MP_KValueTable::SwapEntries(MP_KValueTable& other) {

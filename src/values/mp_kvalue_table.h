@@ -81,7 +81,6 @@ class MP_KValueTable {
  private:
   MP_TableEntry* NewEntry(MP_TableEntry* behind);
   MP_TableEntry* NewEntryFor(const KeyView& key, std::uint32_t hash);
-  void DestroyEntry(MP_TableEntry* entry);
   MP_TableEntry* EntryAt(int i);
   Kalvo_Value* Pair(Kalvo_Key** key) const;
   MP_Value* Find(const KeyView& key);
@@ -104,7 +103,7 @@ class MP_KValueTable {
   MP_TableEntry* known_ = nullptr;  // an entry whose position is known, or null
   std::uint32_t knownPosition_ = 0;
   KeyIndex index_;
-  BlockPool<MP_TableEntry, 2, 32, 0> entries_;
+  BlockPool<MP_TableEntry, 2, 128, 0> entries_;
   Kalvo_KValueTable* nextDoomed_ = nullptr;  // in the list of tables that RemoveAll destroys
 };
 

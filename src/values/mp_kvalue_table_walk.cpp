@@ -24,16 +24,13 @@ void MP_KValueTable::TakeCopies(const MP_KValueTable& other, std::int32_t caseFl
 }
 
 // True if no two entries have equal keys for a table with this case flag. That is so if each is
-// found under the key that it has, and came in with that key: two that were cut can be equal.
+// found under the very key that it has, which two with cut keys are not.
 bool MP_KValueTable::HasDistinctKeys(std::int32_t caseFlag) const {
   for (const MP_TableEntry* entry = first_; entry != nullptr; entry = entry->next) {
-    if (entry->node == nullptr || entry->node->wasCut) return false;
-    const KeyView has = entry->keyBody.View();
-    const KeyView foundBy = entry->node->key.View();
-    if (has.type != foundBy.type || has.number != foundBy.number || has.text != foundBy.text) {
-      return false;
-    }
-    if (has.type != Kalvo_KEY_NUMBER && (foundBy.caseFlag == 0) != (caseFlag == 0)) return false;
+    const KeyNode* node = entry->node;
+    if (node == nullptr || node->own != nullptr) return false;
+    const bool isNumber = entry->keyBody.type() == Kalvo_KEY_NUMBER;
+    if (!isNumber && node->ignoresCase != (caseFlag == 0)) return false;
   }
   return true;
 }

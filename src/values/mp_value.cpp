@@ -68,6 +68,8 @@ void MP_Value::StoreBytes(std::int32_t kind, const char* p, int n) {
     RequireLength(held->body(), length);
   } else if (SmallBytes* small = std::get_if<SmallBytes>(&payload_)) {
     small->Assign({p, length});
+  } else if (HasNothing() && length <= SmallBytes::kRoom) {
+    payload_.emplace<SmallBytes>().Assign({p, length});
   } else {
     SmallBytes fresh({p, length});
     const Holdings holdings = TakeHoldings();

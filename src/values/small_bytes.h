@@ -11,6 +11,7 @@
 
 class SmallBytes {
  public:
+  static constexpr std::size_t kRoom = 15;  // for bytes in the object itself
   static constexpr std::size_t kMost = UINT32_MAX - 1;
 
   SmallBytes() { SetInside(0); }
@@ -55,7 +56,6 @@ class SmallBytes {
   }
 
  private:
-  static constexpr std::size_t kRoom = 15;
   static constexpr char kOutside = 127;
 
   struct Block {
