@@ -64,8 +64,9 @@ void MP_Value::StoreBytes(std::int32_t kind, const char* p, int n) {
   const std::size_t length =
       p != nullptr ? static_cast<std::size_t>(std::clamp(n, 0, kMostBytes)) : 0;
   if (MP_HeldString* held = Held()) {
+    const bool isOwn = p != nullptr && held->body().OffsetOf(p) >= 0;  // there is room for it
     held->body().Assign(p, static_cast<int>(length));
-    RequireLength(held->body(), length);
+    if (!isOwn) RequireLength(held->body(), length);
   } else if (SmallBytes* small = std::get_if<SmallBytes>(&payload_)) {
     small->Assign({p, length});
   } else if (HasNothing() && length <= SmallBytes::kRoom) {

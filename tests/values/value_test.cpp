@@ -127,6 +127,8 @@ TEST(Value, SetKeepsThePayloadsString) {
   value.Set(payload->c_str() + 990, 5);
   EXPECT_EQ(*payload, Kalvo_String("xxxxx"));
   value.Set(payload->c_str(), -1);
+  value.Set(payload->c_str() + 2, 1000);  // more than there is
+  EXPECT_EQ(payload->Compare("xxx"), 0);
   EXPECT_EQ(value.GetString(), payload);
   EXPECT_EQ(value.GetValueType(), Kalvo_VT_STRING);
   value.Set(static_cast<const char*>(nullptr), 3);
