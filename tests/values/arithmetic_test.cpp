@@ -14,58 +14,18 @@ namespace {
 
 using Operation = Kalvo_Value* (Kalvo_Value::*)(const Kalvo_Value*);
 
-void SetKind(Kalvo_Value* value, int kind, double number) {
-  const std::int64_t whole = static_cast<std::int64_t>(number);
-  switch (kind) {
-    case 0:
-      value->Set(static_cast<char>(whole));
-      break;
-    case 1:
-      value->Set(static_cast<unsigned char>(whole));
-      break;
-    case 2:
-      value->Set(static_cast<short>(whole));
-      break;
-    case 3:
-      value->Set(static_cast<unsigned short>(whole));
-      break;
-    case 4:
-      value->Set(static_cast<int>(whole));
-      break;
-    case 5:
-      value->Set(static_cast<unsigned>(whole));
-      break;
-    case 6:
-      value->Set(static_cast<long>(whole));
-      break;
-    case 7:
-      value->Set(static_cast<unsigned long>(whole));
-      break;
-    case 8:
-      value->Set(static_cast<float>(number));
-      break;
-    case 9:
-      value->Set(number);
-      break;
-    default:
-      value->Reset();
-      break;
-  }
+template <class T>
+void SetAs(Kalvo_Value* value, double number) {
+  value->Set(static_cast<T>(static_cast<std::int64_t>(number)));
 }
 
-// The number in a value, as its kind counts it.
-double Number(Kalvo_Value* value) {
-  switch (value->GetValueType()) {
-    case 1:
-      return value->GetUChar();
-    case 3:
-      return value->GetUShort();
-    case 5:
-    case 7:
-      return static_cast<double>(value->GetULong());
-    default:
-      return value->GetDouble();
-  }
+// By kind; an empty value for any other.
+void SetKind(Kalvo_Value* value, int kind, double number) {
+  constexpr void (*kSetters[])(Kalvo_Value*, double) = {
+      SetAs<char>,  SetAs<unsigned char>, SetAs<short>, SetAs<unsigned short>,
+      SetAs<int>,   SetAs<unsigned>,      SetAs<long>,  SetAs<unsigned long>,
+      SetAs<float>, SetAs<double>};
+  if (kind >= 0) kSetters[kind](value, number);
 }
 
 // What `number`, of a width and sign, becomes: wrapped as the numbers of a kind are.
@@ -77,6 +37,9 @@ double Wrapped(double number, int kind) {
   if (wrapped < 0) wrapped += size;
   return kind % 2 == 0 && wrapped >= size / 2 ? wrapped - size : wrapped;
 }
+
+// The number in a value, as its kind counts it.
+double Number(Kalvo_Value* value) { return Wrapped(value->GetDouble(), value->GetValueType()); }
 
 // All pairs of kinds against the rules in plain doubles.
 TEST(Arithmetic, AllPairsOfNumberKinds) {

@@ -28,24 +28,24 @@ std::string Joined(Kalvo_StringArray* array) {
   return all;
 }
 
-// What each kind stores and gives, for the lowest bits of -2 in every width.
+// What each kind stores and gives, for -2 in every width.
 TEST(Value, NumbersAreWidenedWithTheirSign) {
   struct Case {
-    Kalvo_Value value;
     int kind, width, asChar, asShort, asInt;
     double asDouble;
     const char* text;
+    Kalvo_Value value;
   };
-  Case cases[10];
-  const auto expect = [&](int i, int width, int c, int s, int n, double d, const char* text) {
-    cases[i].kind = i;
-    cases[i].width = width;
-    cases[i].asChar = c;
-    cases[i].asShort = s;
-    cases[i].asInt = n;
-    cases[i].asDouble = d;
-    cases[i].text = text;
-  };
+  Case cases[] = {{0, 1, -2, -2, -2, -2, "\xFE", {}},
+                  {1, 1, -2, -2, -2, -2, "\xFE", {}},
+                  {2, 2, -2, -2, -2, -2, "-2", {}},
+                  {3, 2, -2, -2, -2, -2, "65534", {}},
+                  {4, 4, -2, -2, -2, -2, "-2", {}},
+                  {5, 4, -2, -2, -2, -2, "4294967294", {}},
+                  {6, 4, -2, -2, -2, -2, "-2", {}},
+                  {7, 4, -2, -2, -2, -2, "4294967294", {}},
+                  {8, 4, 0, 0, 0x3FC00000, 1.5, "1.500000", {}},
+                  {9, 8, 0, 0, 0, 1.5, "1.500000", {}}};
   cases[0].value.Set(static_cast<char>(-2));
   cases[1].value.Set(static_cast<unsigned char>(0xFE));
   cases[2].value.Set(static_cast<short>(-2));
@@ -56,16 +56,6 @@ TEST(Value, NumbersAreWidenedWithTheirSign) {
   cases[7].value.Set(0xFFFFFFFEul);
   cases[8].value.Set(1.5f);
   cases[9].value.Set(1.5);
-  expect(0, 1, -2, -2, -2, -2, "\xFE");
-  expect(1, 1, -2, -2, -2, -2, "\xFE");
-  expect(2, 2, -2, -2, -2, -2, "-2");
-  expect(3, 2, -2, -2, -2, -2, "65534");
-  expect(4, 4, -2, -2, -2, -2, "-2");
-  expect(5, 4, -2, -2, -2, -2, "4294967294");
-  expect(6, 4, -2, -2, -2, -2, "-2");
-  expect(7, 4, -2, -2, -2, -2, "4294967294");
-  expect(8, 4, 0, 0, 0x3FC00000, 1.5, "1.500000");
-  expect(9, 8, 0, 0, 0, 1.5, "1.500000");
   for (Case& c : cases) {
     SCOPED_TRACE(c.kind);
     EXPECT_EQ(c.value.GetValueType(), c.kind);
