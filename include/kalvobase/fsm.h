@@ -50,10 +50,9 @@ class MP_FSM_State;
 class MP_FSMService;
 
 // A member function of a subclass of Kalvo_FSM_Object, cast to this type, which takes a
-// subclass that does not derive virtually. It gets the event
-// (`name` is null for an integer event, `code` 0 for a string event), the caller's `data`,
-// the object's previous and current state, and the state that the rule leads to, null if it
-// leads nowhere.
+// subclass that does not derive virtually. It gets the event (`name` is null for an integer
+// event, `code` 0 for a string event), the caller's `data`, the object's previous and current
+// state, and the state that the rule leads to, null if it leads nowhere.
 typedef void (Kalvo_FSM_Object::*FSM_Handler)(const char* name, unsigned long code, long value,
                                               void* data, Kalvo_FSM_State* previous,
                                               Kalvo_FSM_State* current, Kalvo_FSM_State* next);

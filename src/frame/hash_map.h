@@ -46,10 +46,11 @@ class HashMap {
       *found = std::move(value);
       return;
     }
+    Key copy(key);  // which may throw
     void* memory = nodes_.Take();
     if (memory == nullptr) throw std::bad_alloc();
     Node*& chain = buckets_[hash % kBuckets];
-    chain = new (memory) Node{chain, hash, Key(key), std::move(value)};
+    chain = new (memory) Node{chain, hash, std::move(copy), std::move(value)};
   }
 
  private:

@@ -29,9 +29,7 @@ struct MP_FSM_StringEvent {
   static constexpr FSM_KeyKind kKind = FSM_KEY_STRING;
 
   MP_FSM_StringEvent(const char* eventName, long eventValue)
-      : text(eventName),
-        hash(text::Hash(text.data(), text.size())),
-        value(static_cast<std::int32_t>(eventValue)) {}
+      : text(eventName), hash(text::Hash(text)), value(static_cast<std::int32_t>(eventValue)) {}
 
   bool Fits(const MP_FSM_EventKey& key) const { return key.name == text; }
 

@@ -6,8 +6,6 @@ namespace {
 
 constexpr int kLevel = -1;
 
-std::uint32_t Hash(std::string_view name) { return text::Hash(name.data(), name.size()); }
-
 void ReportRule(FSM_LogCallback report, const char* owner, const MP_FSM_Rule& rule) {
   const MP_FSM_EventKey& key = rule.key;
   const MP_FSM_Values values = key.values;
@@ -51,7 +49,8 @@ Kalvo_FSM_State* MP_FSMService::NewState(const char* name) {
   try {
     MP_FSM_State& body = MP_FSM_State::Of(*state);
     body.name = name;
-    stateMap_.Put(std::string_view(body.name), Hash(body.name), state);
+    const std::string_view key = body.name;
+    stateMap_.Put(key, text::Hash(key), state);
   } catch (...) {
     states_.pop_back();
     throw;
@@ -68,7 +67,8 @@ Kalvo_FSM_State* MP_FSMService::AddState(const char* name) {
 
 Kalvo_FSM_State* MP_FSMService::GetState(const char* name) {
   if (name == nullptr) return InitialState();
-  Kalvo_FSM_State** state = stateMap_.Find(std::string_view(name), Hash(name));
+  const std::string_view key = name;
+  Kalvo_FSM_State** state = stateMap_.Find(key, text::Hash(key));
   return state != nullptr ? *state : nullptr;
 }
 

@@ -18,8 +18,6 @@ MP_FSM_Values Range(long low, long high) {
   return {static_cast<std::int32_t>(low), static_cast<std::int32_t>(high)};
 }
 
-std::uint32_t Hash(std::string_view name) { return text::Hash(name.data(), name.size()); }
-
 }  // namespace
 
 // --- Adding rules -------------------------------------------------------------------
@@ -57,7 +55,7 @@ void MP_FSM_State::AddStringRule(const char* event, long value, FSM_Handler hand
   const MP_FSM_Values values = Range(value, value);
   MP_FSM_Rule* rule = NewRule(&keyedRules_, StringEvent(event, values), handler, next);
   const NamedValue key = {rule->key.name, values.low};
-  strValueRuleMap_.Put(key, HashWithValue(Hash(key.name), key.value), rule);
+  strValueRuleMap_.Put(key, HashWithValue(text::Hash(key.name), key.value), rule);
 }
 
 void MP_FSM_State::AddStringRule(const char* event, long low, long high, FSM_Handler handler,
@@ -68,7 +66,8 @@ void MP_FSM_State::AddStringRule(const char* event, long low, long high, FSM_Han
 void MP_FSM_State::AddStringRule(const char* event, FSM_Handler handler, const char* next) {
   MP_FSM_Rule* rule =
       NewRule(&keyedRules_, StringEvent(event, MP_FSM_Values::Any()), handler, next);
-  strRuleMap_.Put(std::string_view(rule->key.name), Hash(rule->key.name), rule);
+  const std::string_view key = rule->key.name;
+  strRuleMap_.Put(key, text::Hash(key), rule);
 }
 
 void MP_FSM_State::SetUnexpectedRule(FSM_Handler handler, const char* next) {

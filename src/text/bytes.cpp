@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 #include "platform/byte_order.h"
 #include "text/text_bytes.h"
@@ -34,7 +35,7 @@ unsigned long Load(const char* src, T& value) {
   return sizeof(wire);
 }
 
-std::size_t Length(const char* s) { return s == nullptr ? 0 : std::strlen(s); }
+std::string_view View(const char* s) { return s != nullptr ? s : std::string_view(); }
 
 }  // namespace
 
@@ -72,6 +73,6 @@ unsigned long Kalvo_HashKey(unsigned int v) { return text::Hash(static_cast<std:
 unsigned long Kalvo_HashKey(long v) { return text::Hash(static_cast<std::int32_t>(v)); }
 unsigned long Kalvo_HashKey(unsigned long v) { return text::Hash(static_cast<std::uint32_t>(v)); }
 
-unsigned long Kalvo_HashKey(const char* s) { return text::Hash(s, Length(s)); }
+unsigned long Kalvo_HashKey(const char* s) { return text::Hash(View(s)); }
 
-unsigned long Kalvo_HashKeyNocase(const char* s) { return text::HashNocase(s, Length(s)); }
+unsigned long Kalvo_HashKeyNocase(const char* s) { return text::HashNocase(View(s)); }

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace text {
 
@@ -32,12 +33,13 @@ inline std::uint32_t Hash(std::uint32_t v) { return v >> 4; }
 
 // h = h * 33 + c over the bytes, each as a signed number that `fold` may change.
 template <class Fold>
-std::uint32_t Hash(const char* s, std::size_t n, Fold fold) {
+std::uint32_t Hash(std::string_view s, Fold fold) {
   constexpr std::uint32_t k = 33;
   const auto at = [s, fold](std::size_t i) {
     return static_cast<std::uint32_t>(fold(static_cast<signed char>(s[i])));
   };
   std::uint32_t hash = 0;
+  const std::size_t n = s.size();
   std::size_t i = 0;
   for (; n - i >= 4; i += 4) {  // four steps in one, so that they need not wait for each other
     hash = hash * (k * k * k * k) +
@@ -47,11 +49,11 @@ std::uint32_t Hash(const char* s, std::size_t n, Fold fold) {
   return hash;
 }
 
-inline std::uint32_t Hash(const char* s, std::size_t n) {
-  return Hash(s, n, [](int c) { return c; });
+inline std::uint32_t Hash(std::string_view s) {
+  return Hash(s, [](int c) { return c; });
 }
 
-inline std::uint32_t HashNocase(const char* s, std::size_t n) { return Hash(s, n, LowerAscii); }
+inline std::uint32_t HashNocase(std::string_view s) { return Hash(s, LowerAscii); }
 
 }  // namespace text
 

@@ -1,5 +1,4 @@
-// A Kalvo_String that has its implementation inside itself, so that a value's payload costs
-// no memory block of its own.
+// A Kalvo_String that has its implementation inside itself, so that it is one block of memory.
 
 #ifndef KALVOBASE_SRC_VALUES_HELD_STRING_H_
 #define KALVOBASE_SRC_VALUES_HELD_STRING_H_

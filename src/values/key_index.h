@@ -42,6 +42,7 @@ class KeyIndex {
   KeyNode* Add(std::uint32_t hash, MP_TableEntry* entry);
 
   void Remove(KeyNode* node);
+
   // For when all entries go.
   void Clear();
   void Swap(KeyIndex& other);

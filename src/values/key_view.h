@@ -37,8 +37,7 @@ struct KeyView {
 
   std::uint32_t Hash() const {
     if (type == Kalvo_KEY_NUMBER) return number >> 4;
-    return caseFlag != 0 ? text::Hash(text.data(), text.size())
-                         : text::HashNocase(text.data(), text.size());
+    return caseFlag != 0 ? text::Hash(text) : text::HashNocase(text);
   }
 
   std::string_view text;

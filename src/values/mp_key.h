@@ -11,7 +11,6 @@
 
 class FormReader;
 class FormWriter;
-
 struct KeyNode;
 
 // The key of a table's entry is read by the node of the index under which the entry is found,

@@ -1,5 +1,5 @@
-#include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include "text/mp_string_array.h"
 #include "values/binary_form.h"

@@ -12,7 +12,6 @@
 class SmallBytes {
  public:
   static constexpr std::size_t kRoom = 15;  // for bytes in the object itself
-  static constexpr std::size_t kMost = UINT32_MAX - 1;
 
   SmallBytes() { SetInside(0); }
   explicit SmallBytes(std::string_view bytes) : SmallBytes() { Fill(bytes); }
@@ -27,7 +26,7 @@ class SmallBytes {
   }
   const char* data() const { return IsInside() ? raw_ : Outside().data; }
 
-  // Lets go of the bytes for `n` others, kMost at most, which the caller puts there.
+  // Lets go of the bytes for `n` others, fewer than 2^32, which the caller puts there.
   char* Renew(std::size_t n) {
     Free();
     if (n <= kRoom) return SetInside(n);
