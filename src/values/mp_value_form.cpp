@@ -55,11 +55,13 @@ void MP_Value::DumpBesideTable(FormWriter* out) {
   const ValueKind kind = KindOf(kind_);
   switch (kind.shape) {
     case Shape::kNumber: {
-      const std::uint64_t number = First<std::uint64_t>();
+      const bool whole = Bytes().size() >= kind.width;
+      const std::uint64_t filledUp = whole ? 0 : First<std::uint64_t>();
       char* place = out->Room(1u + kind.width);
       if (place == nullptr) return;
       place = FormWriter::Byte(place, kind_);
-      out->Numbers(place, reinterpret_cast<const char*>(&number), 1, kind.width);
+      out->Numbers(place, whole ? Bytes().data() : reinterpret_cast<const char*>(&filledUp), 1,
+                   kind.width);
       break;
     }
     case Shape::kText:
