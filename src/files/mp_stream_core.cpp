@@ -6,8 +6,6 @@
 #include <cstring>
 #include <functional>
 
-#include "platform/byte_order.h"
-
 namespace {
 
 constexpr std::int32_t kGrowthStep = 256;
@@ -30,6 +28,8 @@ MP_StreamCore::~MP_StreamCore() {
 }
 
 int MP_StreamCore::LineHook() { return -1; }
+
+int MP_StreamCore::FillBuffer() { return 0; }
 
 int MP_StreamCore::DrainBuffer() { return Reserve(capacity_); }
 
@@ -71,11 +71,11 @@ int MP_StreamCore::Reserve(int n) {
   const std::int64_t content = std::int64_t{Length()} + n;
   if (!EnsureBlock(content)) return -1;
   if (content > capacity_ && !GrowCapacity(content - capacity_)) return -1;
-  return BufferedBytes();
+  return Free();
 }
 
 int MP_StreamCore::MakeRoom() {
-  while (BufferedBytes() < 1) {
+  while (Free() < 1) {
     const int drained = DrainBuffer();
     if (drained < 1) return drained;
   }
@@ -110,9 +110,32 @@ int MP_StreamCore::WriteBlock(const char* p, int n) {
   return n;
 }
 
-int MP_StreamCore::WriteOrdered(const void* number, int n) {
-  const char* bytes = static_cast<const char*>(number);
-  const bool backwards = (orderFlag_ != 0) == platform::kLeastSignificantFirst;
+int MP_StreamCore::PutRun(int c, int n) {
+  int result = n;
+  if (static_cast<char>(c) == '\n') {
+    for (; n > 0; --n) result = std::min(PutByte(c), 1);
+    return result;
+  }
+  while (n > 0) {
+    const int room = end == limit ? MakeRoom() : 1;
+    if (room < 1) {  // this one is lost; there may be room for the next
+      result = room - 1;
+      --n;
+      continue;
+    }
+    const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(n, limit - end));
+    std::memset(end, c, static_cast<std::size_t>(chunk));
+    end += chunk;
+    n -= chunk;
+    lastByte_ = end[-1];
+    result = 1;
+  }
+  return result;
+}
+
+// Byte by byte, for a number that meets the end of the buffer or holds a line feed.
+int MP_StreamCore::WriteBytesOrdered(const char* bytes, int n) {
+  const bool backwards = Turned();
   for (int i = 0; i < n; ++i) {
     if (PutByte(bytes[backwards ? n - 1 - i : i]) < 0) return -1;
   }
@@ -124,4 +147,41 @@ void MP_StreamCore::Advance(int n) {
   if (n < 1) return;
   end += n;
   lastByte_ = end[-1];
+}
+
+int MP_StreamCore::Refill() {
+  SetUnread(block_, block_);
+  return FillBuffer();
+}
+
+int MP_StreamCore::ReadBlock(char* out, int n) {
+  if (out == nullptr || n < 1) return 0;
+  for (int left = n; left > 0;) {
+    if (end == limit) {
+      const int filled = Refill();
+      if (filled < 0) return filled;
+      if (filled == 0) return n - left;
+    }
+    const int chunk = std::min(left, Unread());
+    std::memcpy(out, end, static_cast<std::size_t>(chunk));
+    end += chunk;
+    out += chunk;
+    left -= chunk;
+  }
+  return n;
+}
+
+int MP_StreamCore::ReadBytesOrdered(char* bytes, int n) {
+  const bool backwards = Turned();
+  for (int i = 0; i < n; ++i) {
+    if (ReadByte(&bytes[backwards ? n - 1 - i : i]) < 1) return -1;
+  }
+  return n;
+}
+
+int MP_StreamCore::Skip(int n) {
+  const int skipped = n < 1 ? Unread() : std::min(n, Unread());
+  end += skipped;
+  if (end == limit) SetUnread(block_, block_);
+  return skipped;
 }

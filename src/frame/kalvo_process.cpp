@@ -1,6 +1,7 @@
 #include "kalvobase/process.h"
 #include "kalvobase/text.h"
 #include "platform/clock.h"
+#include "platform/file.h"
 #include "platform/process.h"
 
 namespace {

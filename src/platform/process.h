@@ -7,9 +7,6 @@
 
 namespace platform {
 
-// The byte that separates components in the paths that the system itself gives.
-extern const char kPathSeparator;
-
 // The full path of the program's executable file; empty if the system does not tell.
 std::string executable_path();
 

@@ -35,7 +35,7 @@ void MP_String::Clear() {
 
 // The capacity grows for the terminator too: a string that is full has none to spare.
 void MP_String::Terminate() {
-  if (BufferedBytes() < 1) Reserve(256);
+  if (Free() < 1) Reserve(256);
   *end = '\0';
 }
 

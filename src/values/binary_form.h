@@ -12,30 +12,6 @@
 #include "platform/byte_order.h"
 #include "text/mp_string.h"
 
-template <class Word>
-void TurnWords(char* to, const char* from, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    Word word;
-    std::memcpy(&word, from + i * sizeof(Word), sizeof(Word));
-    word = platform::turn_bytes(word);
-    std::memcpy(to + i * sizeof(Word), &word, sizeof(Word));
-  }
-}
-
-// Copies `count` numbers of `width` bytes, 1, 2, 4 or 8, each turned round if `turned`.
-inline void CopyNumbers(char* to, const char* from, std::size_t count, std::size_t width,
-                        bool turned) {
-  if (!turned || width == 1) {
-    if (count != 0) std::memcpy(to, from, count * width);
-  } else if (width == 2) {
-    TurnWords<std::uint16_t>(to, from, count);
-  } else if (width == 4) {
-    TurnWords<std::uint32_t>(to, from, count);
-  } else {
-    TurnWords<std::uint64_t>(to, from, count);
-  }
-}
-
 // Appends to a string, by the string's order flag. After a write for which there was no
 // room all further ones do nothing.
 class FormWriter {
@@ -65,7 +41,7 @@ class FormWriter {
   }
 
   char* Numbers(char* place, const char* numbers, std::size_t count, std::size_t width) const {
-    CopyNumbers(place, numbers, count, width, turned_);
+    platform::copy_numbers(place, numbers, count, width, turned_);
     return place + count * width;
   }
 
@@ -118,7 +94,8 @@ class FormReader {
 
   // Numbers as the host has them.
   void Numbers(char* to, std::size_t count, std::size_t width) {
-    CopyNumbers(to, Bytes(count * width).data(), count, width, platform::kLeastSignificantFirst);
+    platform::copy_numbers(to, Bytes(count * width).data(), count, width,
+                           platform::kLeastSignificantFirst);
   }
 
   template <class T>

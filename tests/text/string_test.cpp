@@ -17,7 +17,7 @@ namespace {
 
 std::string Content(const Kalvo_String& s) { return std::string(s.c_str(), s.length()); }
 
-int Capacity(MP_String* s) { return s->Length() + s->BufferedBytes(); }
+int Capacity(MP_String* s) { return s->Length() + s->Free(); }
 
 TEST(String, Making) {
   const Kalvo_String empty;

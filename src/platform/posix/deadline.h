@@ -23,6 +23,18 @@ inline timespec deadline_after(std::uint32_t ms) {
   return at;
 }
 
+// What is left until then, for calls that take no absolute time; 0 once it has passed.
+inline timespec time_until(const timespec& deadline) {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  timespec left = {deadline.tv_sec - now.tv_sec, deadline.tv_nsec - now.tv_nsec};
+  if (left.tv_nsec < 0) {
+    left.tv_nsec += 1000000000L;
+    left.tv_sec -= 1;
+  }
+  return left.tv_sec < 0 ? timespec{} : left;
+}
+
 }  // namespace platform
 
 #endif  // KALVOBASE_SRC_PLATFORM_POSIX_DEADLINE_H_

@@ -6,8 +6,6 @@
 
 namespace platform {
 
-const char kPathSeparator = '/';
-
 std::string executable_path() {
   std::string path(256, '\0');
   for (;;) {

@@ -1,0 +1,100 @@
+#include "files/file_copy.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+
+#include "files/mp_file_stream.h"
+#include "files/path.h"
+#include "platform/file.h"
+
+namespace {
+
+constexpr int kRefused = -1;
+constexpr int kIncomplete = -2;
+constexpr int kReplacingFailed = -2;
+constexpr int kRenamingFailed = -3;
+constexpr int kSourceGone = -4;
+constexpr int kAppendIncomplete = -5;
+constexpr int kNoSource = -9;
+
+enum Mode { kRefuse = 0, kReplace = 1 };  // any other appends
+
+int AsResult(std::int64_t n) { return static_cast<int>(std::min<std::int64_t>(n, INT_MAX)); }
+
+std::int64_t SizeOf(const std::string& path) {
+  platform::FileStatus status;
+  return platform::file_status(path, &status) ? status.size : -1;
+}
+
+bool AreOneFile(const std::string& a, const std::string& b) {
+  platform::FileStatus left;
+  platform::FileStatus right;
+  return platform::file_status(a, &left) && platform::file_status(b, &right) &&
+         left.identity == right.identity;
+}
+
+// Copies a whole file behind what `flags` leave of the destination. Whether as much was
+// written as the source had. If not, the destination is removed; but it is left alone as long
+// as it was not opened.
+bool CopyContent(const char* source, const char* destination, int flags,
+                 const platform::FileStatus& sourceStatus) {
+  MP_FileStream in;
+  MP_FileStream out;
+  if (in.Open(source, platform::kOpenReadOnly | platform::kOpenBinary, 0) < 0) return false;
+  if (out.Open(destination, flags | platform::kOpenBinary, sourceStatus.permissions) < 0) {
+    return sourceStatus.size == 0;
+  }
+  std::int64_t copied = 0;
+  char piece[4096];
+  bool written = true;
+  for (int n; written && (n = in.ReadBlock(piece, sizeof(piece))) > 0;) {
+    written = out.WriteBlock(piece, n) == n;
+    copied += n;
+  }
+  written = out.Flush() > 0 && written;
+  if (written && copied == sourceStatus.size) return true;
+  out.Close();
+  platform::file_remove(platform::system_path(destination));
+  return false;
+}
+
+}  // namespace
+
+int SafeCopy(const char* source, const char* destination, int mode) {
+  path::MakeParents(destination);
+  const std::string from = platform::system_path(source);
+  const std::string to = platform::system_path(destination);
+  int flags = platform::kOpenWriteOnly;
+  if (!platform::file_exists(to)) {
+    flags |= platform::kOpenCreate | platform::kOpenTruncate;
+  } else if (mode == kRefuse || AreOneFile(from, to)) {
+    return kRefused;
+  } else {
+    flags |= mode == kReplace ? platform::kOpenTruncate : platform::kOpenAppend;
+  }
+  platform::FileStatus status;
+  if (!platform::file_status(from, &status)) return kNoSource;
+  return CopyContent(source, destination, flags, status) ? AsResult(status.size) : kIncomplete;
+}
+
+int SafeRename(const char* source, const char* destination, int mode) {
+  const std::string from = platform::system_path(source);
+  const std::string to = platform::system_path(destination);
+  if (!platform::file_exists(from)) return kNoSource;
+  path::MakeParents(destination);
+  if (!platform::file_exists(to)) {
+    return platform::file_rename(from, to) ? AsResult(SizeOf(to)) : kRenamingFailed;
+  }
+  if (mode == kRefuse || AreOneFile(from, to)) return kRefused;
+  if (mode == kReplace) {
+    platform::file_remove(to);
+    return platform::file_rename(from, to) ? AsResult(SizeOf(to)) : kReplacingFailed;
+  }
+  platform::FileStatus status;
+  if (!platform::file_status(from, &status)) return kSourceGone;
+  const int flags = platform::kOpenReadWrite | platform::kOpenCreate | platform::kOpenAppend;
+  if (!CopyContent(source, destination, flags, status)) return kAppendIncomplete;
+  platform::file_remove(from);
+  return AsResult(status.size);
+}

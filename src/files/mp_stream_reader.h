@@ -1,0 +1,48 @@
+// MP_StreamReader: a buffer that a descriptor fills.
+
+#ifndef KALVOBASE_SRC_FILES_MP_STREAM_READER_H_
+#define KALVOBASE_SRC_FILES_MP_STREAM_READER_H_
+
+#include "files/mp_stream_core.h"
+#include "files/stream_kind.h"
+#include "text/mp_string.h"
+
+// It owns no descriptor and closes none. After the end of the data, and after a failure, it
+// has none any more.
+class MP_StreamReader : public MP_StreamCore {
+ public:
+  explicit MP_StreamReader(int descriptor = -1);
+
+  void SetSource(StreamKind kind, int orderFlag);
+
+  // Drops all unread bytes and takes a descriptor, or none.
+  void Attach(int descriptor);
+  void Detach() { Attach(-1); }
+
+  // Lets go of the descriptor alone: what is unread can still be read.
+  void Forget() { descriptor_ = -1; }
+
+  int FillBuffer() override;
+
+  // Reads once, behind what is unread. The number of unread bytes; 0 if the source has
+  // ended; -1 without a descriptor, or if there is no memory for more; -2 on failure.
+  int RawRead();
+
+  // The next line, with its CR and LF bytes or, if `strip` is set, with none of any; a last
+  // line needs no LF. Null behind the last, and as soon as a line has more than `maxLength`
+  // bytes that are neither, unless that is -1: its rest can still be read. Good until the
+  // next call.
+  MP_String* ReadLine(bool strip, int maxLength);
+  const char* ReadLineText(bool strip, int maxLength);
+
+ private:
+  bool MakeRoomBehind();
+  bool TakePiece(const char* pieceEnd, bool strip, int maxLength, int* count);
+
+  StreamKind kind_ = StreamKind::kFile;
+  int descriptor_;
+  MP_String line_;
+  char firstBlock_[kStreamCapacity + 1];
+};
+
+#endif  // KALVOBASE_SRC_FILES_MP_STREAM_READER_H_

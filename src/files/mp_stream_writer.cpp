@@ -1,0 +1,78 @@
+#include "files/mp_stream_writer.h"
+
+#include "platform/descriptor.h"
+#include "platform/file.h"
+#include "platform/socket.h"
+#include "platform/wait_result.h"
+#include "text/format_engine.h"
+
+MP_StreamWriter::MP_StreamWriter(int descriptor)
+    : MP_StreamCore(firstBlock_, sizeof(firstBlock_), kStreamCapacity, true) {
+  Attach(descriptor);
+}
+
+void MP_StreamWriter::SetSink(StreamKind kind, int orderFlag) {
+  kind_ = kind;
+  SetOrderFlag(orderFlag);
+}
+
+void MP_StreamWriter::Attach(int descriptor) {
+  SetLength(0);
+  descriptor_ = descriptor;
+  pipe_ = kind_ == StreamKind::kFile && descriptor >= 0 && platform::file_is_pipe(descriptor);
+}
+
+void MP_StreamWriter::Detach() {
+  Flush();
+  Attach(-1);
+}
+
+int MP_StreamWriter::Flush() {
+  if (Length() == 0) return Free();
+  return DrainBuffer();
+}
+
+std::int64_t MP_StreamWriter::Transfer(const char* data, std::size_t size) {
+  if (kind_ == StreamKind::kSocket) return platform::socket_send(descriptor_, data, size);
+  if (pipe_) return platform::pipe_write(descriptor_, data, size);
+  return platform::file_write(descriptor_, data, size);
+}
+
+int MP_StreamWriter::DrainBuffer() {
+  const char* from = block_;
+  const char* const to = end;
+  SetLength(0);  // whatever comes of it
+  if (descriptor_ < 0) return -1;
+  while (from < to) {
+    const std::int64_t n = Transfer(from, static_cast<std::size_t>(to - from));
+    if (n == platform::kTransferWouldBlock) {
+      platform::descriptor_wait(descriptor_, platform::WaitFor::kWriting, platform::kNoLimit);
+      continue;
+    }
+    if (n == 0) return -1;
+    if (n < 0) {
+      // A socket that cannot even be waited for counts as a failed wait.
+      const bool closed =
+          kind_ == StreamKind::kSocket && !platform::descriptor_is_open(descriptor_);
+      return closed ? -1 : -3;
+    }
+    from += n;
+  }
+  return Free();
+}
+
+int MP_StreamWriter::Printf(const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  const int n = VPrintf(format, args);
+  va_end(args);
+  return n;
+}
+
+// A conversion that does not fit makes the buffer larger. So that it does not grow for ever,
+// one that has outgrown its first size is sent before more comes.
+int MP_StreamWriter::VPrintf(const char* format, va_list args) {
+  if (descriptor_ < 0) return -1;
+  if (Length() >= kStreamCapacity && DrainBuffer() < 1) return -1;
+  return text::Format(this, format, args);
+}

@@ -1,0 +1,39 @@
+// Paths as hosts write them: `/` and `\` both separate components.
+
+#ifndef KALVOBASE_SRC_FILES_PATH_H_
+#define KALVOBASE_SRC_FILES_PATH_H_
+
+#include <string>
+
+class Kalvo_String;
+
+namespace path {
+
+inline bool IsSeparator(char c) { return c == '/' || c == '\\'; }
+
+// "C:" and what follows.
+bool HasDrive(const char* path);
+
+// The absolute form without ".", ".." and doubled separators, none at its end but that of the
+// root. A path with a drive, or of a network share, which begins with two backslashes, gets
+// backslashes; any other gets the separator of the system. Empty for null or empty; a
+// relative path stays one if the current directory cannot be told.
+std::string Normalise(const char* path);
+
+// The same for a host, as Kalvo_FileItem::GetRealPathName tells it. The text of `out`.
+const char* StoreNormalised(const char* path, Kalvo_String* out);
+
+// Makes the directories that a path names in front of its last separator. Of a network share
+// it leaves all alone that lies in front of the first `$`.
+void MakeParents(const char* path);
+
+// Makes a directory and its parents.
+void MakeDirectory(const char* path);
+
+// Opens a file, after making its parents if `flags` ask for making the file. The
+// descriptor, or a negative number.
+int SafeOpen(const char* path, int flags, int permissions);
+
+}  // namespace path
+
+#endif  // KALVOBASE_SRC_FILES_PATH_H_

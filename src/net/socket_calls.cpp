@@ -1,0 +1,129 @@
+#include "net/socket_calls.h"
+
+#include "platform/descriptor.h"
+#include "platform/wait_result.h"
+
+namespace net {
+namespace {
+
+constexpr int kLargestDatagram = 65536;
+
+bool Usable(const MP_SocketAddr* address) {
+  if (address != nullptr && !address->empty()) return true;
+  platform::set_socket_error(platform::kSocketInvalid);
+  return false;
+}
+
+// What a host gets of a transfer.
+int Count(std::int64_t n) { return n < 0 ? -1 : static_cast<int>(n); }
+
+int InvalidLength() {
+  platform::set_socket_error(platform::kSocketInvalid);
+  return -1;
+}
+
+bool TakeAddress(int (*call)(int, void*, int*), int socket, MP_SocketAddr* address) {
+  int length = address->room();
+  if (call(socket, address->bytes(), &length) != 0) return false;
+  address->SetLength(length);
+  address->ReInit();
+  return true;
+}
+
+}  // namespace
+
+int Open(MP_SocketAddr* address, platform::SocketType type, bool bindIt) {
+  if (!Usable(address)) return -1;
+  const int socket = platform::socket_open(address->family(), type);
+  if (socket < 0 || !bindIt) return socket;
+  if (type == platform::SocketType::kStream) platform::socket_set_reuse(socket, 1);
+  if (platform::socket_bind(socket, address->bytes(), address->length()) == 0) return socket;
+  platform::socket_close(socket);
+  return -1;
+}
+
+int Close(int socket) { return socket < 0 ? socket : platform::socket_close(socket); }
+
+int Connect(MP_SocketAddr* address, int socket) {
+  if (!Usable(address)) return -1;
+  const bool own = socket < 0;
+  if (own) socket = Open(address, platform::SocketType::kStream, false);
+  if (socket < 0) return -1;
+  if (platform::socket_connect(socket, address->bytes(), address->length()) == 0) return socket;
+  if (own) platform::socket_close(socket);
+  return -1;
+}
+
+int TryConnect(MP_SocketAddr* address, int socket) {
+  if (!Usable(address)) return -1;
+  if (platform::socket_connect(socket, address->bytes(), address->length()) == 0) return 1;
+  const int error = platform::socket_error();
+  if (error == platform::kSocketIsConnected) return 1;
+  return error == platform::kSocketWouldBlock ? 0 : -1;
+}
+
+int Wait(int socket, int timeoutMs, int mode) {
+  return platform::descriptor_wait(
+      socket, mode == 1 ? platform::WaitFor::kWriting : platform::WaitFor::kReading,
+      timeoutMs < 0 ? platform::kNoLimit : static_cast<std::uint32_t>(timeoutMs));
+}
+
+int Send(int socket, const void* data, int length) {
+  if (length < 0) return InvalidLength();
+  return Count(platform::socket_send(socket, data, static_cast<std::size_t>(length)));
+}
+
+int SendTo(int socket, MP_SocketAddr* to, const void* data, int length) {
+  if (!Usable(to)) return -1;
+  if (length < 0) return InvalidLength();
+  return Count(platform::socket_send_to(socket, data, static_cast<std::size_t>(length), to->bytes(),
+                                        to->length()));
+}
+
+int Receive(int socket, MP_String* into, int length) {
+  if (into == nullptr || length < 0) return InvalidLength();
+  into->Resize(length, '\0');
+  const int room = into->Length();  // less if there is no memory for all of it
+  if (room == 0) return length == 0 ? 0 : InvalidLength();
+  const std::int64_t n =
+      platform::socket_receive(socket, into->End() - room, static_cast<std::size_t>(room));
+  if (n >= 0) into->Truncate(static_cast<int>(n));
+  return Count(n);
+}
+
+int ReceiveFrom(int socket, MP_String* into, MP_SocketAddr* from) {
+  if (!Usable(from)) return -1;
+  if (into == nullptr) return InvalidLength();
+  char datagram[kLargestDatagram];
+  int length = from->room();
+  const std::int64_t n =
+      platform::socket_receive_from(socket, datagram, sizeof(datagram), from->bytes(), &length);
+  if (n < 0) return -1;
+  into->Assign(datagram, static_cast<int>(n));
+  from->SetLength(length);
+  from->ReInit();
+  return Count(n);
+}
+
+bool TakePeer(int socket, MP_SocketAddr* address) {
+  return TakeAddress(platform::socket_peer, socket, address);
+}
+
+bool TakeName(int socket, MP_SocketAddr* address) {
+  return TakeAddress(platform::socket_name, socket, address);
+}
+
+// Connecting a datagram socket sends nothing, but the system chooses the way.
+bool FindRoute(MP_SocketAddr* to, MP_SocketAddr* local) {
+  if (local == nullptr || !Usable(to)) return false;
+  const int socket = Open(to, platform::SocketType::kDatagram, false);
+  if (socket < 0) return false;
+  *local = *to;
+  local->SetPort(0);
+  platform::socket_connect(socket, to->bytes(), to->length());
+  TakeName(socket, local);
+  platform::socket_close(socket);
+  return true;
+}
+
+}  // namespace net

@@ -1,0 +1,156 @@
+#include "platform/socket.h"
+
+#include <arpa/inet.h>
+#include <errno.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <string.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "platform/descriptor.h"
+#include "platform/wait_result.h"
+
+namespace platform {
+namespace {
+
+std::int64_t Result(ssize_t n) {
+  if (n >= 0) return n;
+  return errno == EAGAIN || errno == EWOULDBLOCK ? kTransferWouldBlock : kTransferFailed;
+}
+
+// Runs a transfer again for each signal that cut it short.
+template <class Call>
+std::int64_t Transfer(Call call) {
+  ssize_t n;
+  do {
+    n = call();
+  } while (n < 0 && errno == EINTR);
+  return Result(n);
+}
+
+int SetOption(int socket, int level, int option, int value) {
+  return setsockopt(socket, level, option, &value, sizeof(value));
+}
+
+const sockaddr* Address(const void* address) { return static_cast<const sockaddr*>(address); }
+
+int ResolveFamily(int family, const char* host, std::uint16_t port, char* address) {
+  addrinfo hints = {};
+  hints.ai_family = family;
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  if (getaddrinfo(host, nullptr, &hints, &found) != 0) return 0;
+  memcpy(address, found->ai_addr, found->ai_addrlen);
+  freeaddrinfo(found);
+  const std::uint16_t networkPort = htons(port);
+  memcpy(address + 2, &networkPort, sizeof(networkPort));
+  if (family == AF_INET) return kInternetLength;
+  sockaddr_in6 resolved;
+  memcpy(&resolved, address, sizeof(resolved));
+  return resolved.sin6_scope_id != 0 ? kInternet6ScopedLength : kInternet6Length;
+}
+
+// What became of a connect that went on by itself.
+int FinishConnect(int socket) {
+  if (descriptor_wait(socket, WaitFor::kWriting, kNoLimit) < 0) return -1;
+  int error = 0;
+  socklen_t size = sizeof(error);
+  if (getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) != 0) return -1;
+  if (error == 0) return 0;
+  errno = error;
+  return -1;
+}
+
+int NameOf(int (*call)(int, sockaddr*, socklen_t*), int socket, void* address, int* length) {
+  socklen_t size = static_cast<socklen_t>(*length);
+  const int result = call(socket, static_cast<sockaddr*>(address), &size);
+  if (result == 0) *length = static_cast<int>(size);
+  return result;
+}
+
+}  // namespace
+
+void sockets_start() {}  // they are there
+
+const int kInternet = AF_INET;
+const int kInternet6 = AF_INET6;
+
+int resolve_host(const char* host, std::uint16_t port, char* address) {
+  const int length = ResolveFamily(AF_INET, host, port, address);
+  return length != 0 ? length : ResolveFamily(AF_INET6, host, port, address);
+}
+
+void parse_internet_address(const char* text, char* bytes) {
+  const in_addr_t address = inet_addr(text);
+  memcpy(bytes, &address, sizeof(address));
+}
+
+int socket_open(int family, SocketType type) {
+  const int systemType = type == SocketType::kStream ? SOCK_STREAM : SOCK_DGRAM;
+  return socket(family, systemType | SOCK_CLOEXEC, 0);
+}
+
+int socket_close(int socket) { return close(socket); }
+
+int socket_bind(int socket, const void* address, int length) {
+  return bind(socket, Address(address), static_cast<socklen_t>(length));
+}
+
+int socket_connect(int socket, const void* address, int length) {
+  const int result = connect(socket, Address(address), static_cast<socklen_t>(length));
+  return result < 0 && errno == EINTR ? FinishConnect(socket) : result;
+}
+
+int socket_peer(int socket, void* address, int* length) {
+  return NameOf(getpeername, socket, address, length);
+}
+
+int socket_name(int socket, void* address, int* length) {
+  return NameOf(getsockname, socket, address, length);
+}
+
+int socket_set_reuse(int socket, int on) { return SetOption(socket, SOL_SOCKET, SO_REUSEADDR, on); }
+
+int socket_set_broadcast(int socket, int on) {
+  return SetOption(socket, SOL_SOCKET, SO_BROADCAST, on);
+}
+
+int socket_set_no_delay(int socket, int on) {
+  return SetOption(socket, IPPROTO_TCP, TCP_NODELAY, on);
+}
+
+int socket_set_blocking(int socket, bool blocking) {
+  int nonBlocking = blocking ? 0 : 1;
+  return ioctl(socket, FIONBIO, &nonBlocking);
+}
+
+std::int64_t socket_receive(int socket, char* buffer, std::size_t size) {
+  return Transfer([=] { return recv(socket, buffer, size, 0); });
+}
+
+std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
+                                 int* length) {
+  socklen_t room = static_cast<socklen_t>(*length);
+  const std::int64_t n = Transfer([=, &room] {
+    return recvfrom(socket, buffer, size, 0, static_cast<sockaddr*>(address), &room);
+  });
+  if (n >= 0) *length = static_cast<int>(room);
+  return n;
+}
+
+std::int64_t socket_send(int socket, const void* data, std::size_t size) {
+  return Transfer([=] { return send(socket, data, size, MSG_NOSIGNAL); });
+}
+
+std::int64_t socket_send_to(int socket, const void* data, std::size_t size, const void* address,
+                            int length) {
+  return Transfer([=] {
+    return sendto(socket, data, size, MSG_NOSIGNAL, Address(address),
+                  static_cast<socklen_t>(length));
+  });
+}
+
+}  // namespace platform

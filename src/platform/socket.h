@@ -1,0 +1,80 @@
+// Sockets: plain ints, -1 for none. They close when the process starts another program, and
+// sending to nobody raises no signal.
+//
+// An address is a block of bytes as the system keeps it: the family in the first 16 bits, the
+// port from byte 2 on, an IPv4 address from byte 4 on, an IPv6 address from byte 8 on.
+
+#ifndef KALVOBASE_SRC_PLATFORM_SOCKET_H_
+#define KALVOBASE_SRC_PLATFORM_SOCKET_H_
+
+#include <cstddef>
+#include <cstdint>
+
+namespace platform {
+
+// Starts the socket layer of the process, once.
+void sockets_start();
+
+// --- Failures -------------------------------------------------------------------------
+
+// The numbers that hosts see are those of Winsock on every system.
+constexpr int kSocketWouldBlock = 10035;
+constexpr int kSocketInvalid = 10022;
+constexpr int kSocketIsConnected = 10056;
+
+// The number of the last failure of a socket call in the calling thread, and setting it.
+int socket_error();
+void set_socket_error(int code);
+
+// --- Addresses ------------------------------------------------------------------------
+
+// Room for an address of any family.
+constexpr int kAddressRoom = 128;
+
+constexpr int kInternetLength = 16;
+constexpr int kInternet6Length = 24;  // without a scope
+constexpr int kInternet6ScopedLength = 28;
+
+extern const int kInternet;  // the families
+extern const int kInternet6;
+
+// Stores the first address of a host by its name or number, IPv4 before IPv6, with a port,
+// and returns its length. 0, with nothing stored, if there is no such host.
+int resolve_host(const char* host, std::uint16_t port, char* address);
+
+// The bytes of an IPv4 address in text form, which are all ones if it is none.
+void parse_internet_address(const char* text, char* bytes);
+
+// --- Sockets --------------------------------------------------------------------------
+
+enum class SocketType { kStream, kDatagram };
+
+// These give -1 on failure.
+int socket_open(int family, SocketType type);
+int socket_close(int socket);
+int socket_bind(int socket, const void* address, int length);
+
+// Waits until a blocking socket is connected, whatever signals arrive.
+int socket_connect(int socket, const void* address, int length);
+
+// The other side's address, and the own. `length` is the room, and then the length.
+int socket_peer(int socket, void* address, int* length);
+int socket_name(int socket, void* address, int* length);
+
+int socket_set_reuse(int socket, int on);
+int socket_set_broadcast(int socket, int on);
+int socket_set_no_delay(int socket, int on);
+int socket_set_blocking(int socket, bool blocking);
+
+// The number of bytes, 0 for a stream that has ended, kTransferWouldBlock or
+// kTransferFailed.
+std::int64_t socket_receive(int socket, char* buffer, std::size_t size);
+std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
+                                 int* length);
+std::int64_t socket_send(int socket, const void* data, std::size_t size);
+std::int64_t socket_send_to(int socket, const void* data, std::size_t size, const void* address,
+                            int length);
+
+}  // namespace platform
+
+#endif  // KALVOBASE_SRC_PLATFORM_SOCKET_H_
