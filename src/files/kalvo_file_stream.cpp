@@ -59,7 +59,7 @@ int Kalvo_FileStream::Write() { return impl_->Flush(); }
 int Kalvo_FileStream::Printf(const char* format, ...) {
   va_list args;
   va_start(args, format);
-  const int n = VPrintf(format, args);
+  const int n = impl_->VPrintf(format, args);
   va_end(args);
   return n;
 }

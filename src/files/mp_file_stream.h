@@ -34,7 +34,7 @@ class MP_FileStream {
     return reader_ ? reader_->ReadNarrow<Stored>(number) : kNoSide;
   }
   const char* ReadLine(bool strip, int maxLength) {
-    return reader_ ? reader_->ReadLineText(strip, maxLength) : nullptr;
+    return reader_ ? reader_->ReadLine(strip, maxLength) : nullptr;
   }
 
   int WriteOrdered(const void* number, int n) {

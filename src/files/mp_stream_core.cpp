@@ -95,17 +95,16 @@ int MP_StreamCore::WriteBlock(const char* p, int n) {
       const std::ptrdiff_t offset = OffsetOf(p);
       const int room = MakeRoom();
       if (room < 1) {
-        lastByte_ = 0;
+        ClearLastByte();
         return room;
       }
       if (offset >= 0) p = block_ + offset;
     }
     const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(left, limit - end));
     std::memmove(end, p, static_cast<std::size_t>(chunk));
-    end += chunk;
+    Commit(chunk);
     p += chunk;
     left -= chunk;
-    lastByte_ = end[-1];
   }
   return n;
 }
@@ -125,9 +124,8 @@ int MP_StreamCore::PutRun(int c, int n) {
     }
     const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(n, limit - end));
     std::memset(end, c, static_cast<std::size_t>(chunk));
-    end += chunk;
+    Commit(chunk);
     n -= chunk;
-    lastByte_ = end[-1];
     result = 1;
   }
   return result;
@@ -144,9 +142,7 @@ int MP_StreamCore::WriteBytesOrdered(const char* bytes, int n) {
 
 void MP_StreamCore::Advance(int n) {
   if (n < 1) n = static_cast<int>(std::strlen(end));
-  if (n < 1) return;
-  end += n;
-  lastByte_ = end[-1];
+  if (n > 0) Commit(n);
 }
 
 int MP_StreamCore::Refill() {

@@ -58,8 +58,7 @@ class MP_StreamCore : public Kalvo_StringCursor {
   bool TryWrite(const char* p, int n) {
     if (n < 1 || n > limit - end) return false;
     std::memcpy(end, p, static_cast<std::size_t>(n));
-    end += n;
-    lastByte_ = end[-1];
+    Commit(n);
     return true;
   }
 
@@ -76,12 +75,21 @@ class MP_StreamCore : public Kalvo_StringCursor {
   // for `n` below 1 those up to the first zero byte.
   void Advance(int n);
 
-  // Where the next byte goes, for whoever stores what Reserve made room for.
+  // Where the next byte goes and how many fit, for whoever stores bytes and then commits them.
   char* End() { return end; }
+  int Room() const { return static_cast<int>(limit - end); }
+  void Commit(int n) {
+    end += n;
+    lastInBlock_ = true;
+  }
 
-  // The last byte that was written.
-  char GetLastByte() const { return lastByte_; }
-  void ClearLastByte() { lastByte_ = 0; }
+  // The last byte that was written. It is read from the block while it stands there: who
+  // reads a byte right after a wider write waits for that.
+  char GetLastByte() const { return lastInBlock_ && end != block_ ? end[-1] : lastByte_; }
+  void ClearLastByte() {
+    lastByte_ = '\0';
+    lastInBlock_ = false;
+  }
 
   // The free bytes of the capacity.
   int Free() const { return capacity_ - Length(); }
@@ -149,11 +157,21 @@ class MP_StreamCore : public Kalvo_StringCursor {
   // Drops the content behind `length`.
   void SetLength(int length) { end = block_ + length; }
 
+  // Drops all content; its last byte was written nevertheless.
+  void Drop() {
+    lastByte_ = GetLastByte();
+    lastInBlock_ = false;
+    end = block_;
+  }
+
   // Makes bytes of the block the unread ones.
   void SetUnread(char* first, char* last) {
     end = first;
     limit = last;
   }
+
+  // Goes on in another block of the derived object, as large as its first.
+  void UseBlock(char* block) { block_ = firstBlock_ = block; }
 
   // Gets more bytes when none are unread: what FillBuffer gave.
   int Refill();
@@ -169,12 +187,13 @@ class MP_StreamCore : public Kalvo_StringCursor {
   bool Turned() const { return (orderFlag_ != 0) == platform::kLeastSignificantFirst; }
   static bool HasLineFeed(const char* bytes, int n);
 
-  char* const firstBlock_;
+  char* firstBlock_;
   std::int32_t blockSize_;
   std::int32_t capacity_;
   std::int32_t orderFlag_ = 1;
   const bool lineFlag_;
-  char lastByte_ = 0;
+  char lastByte_ = '\0';
+  bool lastInBlock_ = false;
 };
 
 inline int MP_StreamCore::PutByte(int c) {
@@ -182,8 +201,9 @@ inline int MP_StreamCore::PutByte(int c) {
     const int room = MakeRoom();
     if (room < 1) return room - 1;
   }
-  lastByte_ = *end++ = static_cast<char>(c);
-  if (lastByte_ == '\n' && lineFlag_) {
+  *end = static_cast<char>(c);
+  Commit(1);
+  if (static_cast<char>(c) == '\n' && lineFlag_) {
     const int hooked = LineHook();
     return hooked > 0 ? '\n' : hooked - 1;
   }
@@ -203,8 +223,7 @@ inline int MP_StreamCore::WriteOrdered(const void* number, int n) {
   const char* bytes = static_cast<const char*>(number);
   if (n > limit - end || HasLineFeed(bytes, n)) return WriteBytesOrdered(bytes, n);
   platform::copy_numbers(end, bytes, 1, static_cast<std::size_t>(n), Turned());
-  end += n;
-  lastByte_ = end[-1];
+  Commit(n);
   return n;
 }
 

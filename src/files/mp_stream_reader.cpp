@@ -1,5 +1,6 @@
 #include "files/mp_stream_reader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "platform/descriptor.h"
@@ -11,14 +12,14 @@ namespace {
 
 constexpr int kGrowth = 512;
 
-const char* FindByte(const char* from, const char* to, char c) {
-  return static_cast<const char*>(std::memchr(from, c, static_cast<std::size_t>(to - from)));
+char* FindByte(char* from, char* to, char c) {
+  return static_cast<char*>(std::memchr(from, c, static_cast<std::size_t>(to - from)));
 }
 
 }  // namespace
 
 MP_StreamReader::MP_StreamReader(int descriptor)
-    : MP_StreamCore(firstBlock_, sizeof(firstBlock_), kStreamCapacity, true) {
+    : MP_StreamCore(blocks_[0], sizeof(blocks_[0]), kStreamCapacity, true) {
   Attach(descriptor);
 }
 
@@ -29,6 +30,7 @@ void MP_StreamReader::SetSource(StreamKind kind, int orderFlag) {
 
 void MP_StreamReader::Attach(int descriptor) {
   SetUnread(block_, block_);
+  nextReturn_ = nullptr;
   descriptor_ = descriptor;
 }
 
@@ -41,25 +43,32 @@ int MP_StreamReader::FillBuffer() {
   return closed ? -1 : unread;
 }
 
+// If the last line lies in the block, goes on in the other one.
+void MP_StreamReader::LeaveLine() {
+  if (lineBlock_ == block_) UseBlock(block_ == blocks_[0] ? blocks_[1] : blocks_[0]);
+}
+
 // Makes room behind the unread bytes: by moving them to the front or, if they fill the
 // block, by making that larger.
 bool MP_StreamReader::MakeRoomBehind() {
   const int unread = Unread();
-  if (limit < block_ + capacity()) return true;
-  if (end == block_) {
+  char* const first = end;
+  if (unread > 0 && limit < block_ + capacity()) return true;
+  if (unread == capacity()) {
     end = limit;  // as if they had been written
     const bool grown = Reserve(unread + kGrowth) > 0;
     SetUnread(block_, block_ + unread);
     return grown;
   }
-  std::memmove(block_, end, static_cast<std::size_t>(unread));
+  LeaveLine();
+  std::memmove(block_, first, static_cast<std::size_t>(unread));
   SetUnread(block_, block_ + unread);
   return true;
 }
 
 int MP_StreamReader::RawRead() {
   if (descriptor_ < 0) return -1;
-  if (end == limit) SetUnread(block_, block_);
+  nextReturn_ = nullptr;
   if (!MakeRoomBehind()) return -1;
   const std::size_t room = static_cast<std::size_t>(block_ + capacity() - limit);
   std::int64_t n;
@@ -77,40 +86,61 @@ int MP_StreamReader::RawRead() {
   return Unread();
 }
 
-MP_String* MP_StreamReader::ReadLine(bool strip, int maxLength) {
+// The first CR in front of `lineEnd`, or that.
+char* MP_StreamReader::FindReturn(char* lineEnd) {
+  if (nextReturn_ == nullptr || nextReturn_ < end) {
+    nextReturn_ = FindByte(end, limit, '\r');
+    if (nextReturn_ == nullptr) nextReturn_ = limit;
+  }
+  return std::min(nextReturn_, lineEnd);
+}
+
+const char* MP_StreamReader::ReadLine(bool strip, int maxLength) {
+  lineBlock_ = nullptr;
+  char* const feed = FindByte(end, limit, '\n');
+  if (feed == nullptr || !strip || capacity() > kStreamCapacity) {
+    return CollectLine(strip, maxLength);
+  }
+  char* const lineEnd = FindReturn(feed);
+  if (lineEnd < feed - 1 || (maxLength != -1 && lineEnd - end > maxLength)) {
+    return CollectLine(strip, maxLength);
+  }
+  *lineEnd = '\0';
+  const char* line = end;
+  end = feed + 1;
+  lineBlock_ = block_;
+  return line;
+}
+
+const char* MP_StreamReader::CollectLine(bool strip, int maxLength) {
   line_.Clear();
   int count = 0;
   for (;;) {
-    if (end == limit && Refill() < 1) return line_.Length() > 0 ? &line_ : nullptr;
-    const char* feed = FindByte(end, limit, '\n');
+    if (end == limit && Refill() < 1) return line_.Length() > 0 ? line_.Text() : nullptr;
+    char* const feed = FindByte(end, limit, '\n');
     if (!TakePiece(feed != nullptr ? feed : limit, strip, maxLength, &count)) return nullptr;
     if (feed == nullptr) continue;
     ++end;
     if (!strip) line_.Append("\n", 1);
-    return &line_;
+    return line_.Text();
   }
 }
 
 // Takes bytes without a line feed into the line. False behind the first that is too many.
-bool MP_StreamReader::TakePiece(const char* pieceEnd, bool strip, int maxLength, int* count) {
+bool MP_StreamReader::TakePiece(char* pieceEnd, bool strip, int maxLength, int* count) {
   while (end < pieceEnd) {
-    const char* cr = FindByte(end, pieceEnd, '\r');
-    const int run = static_cast<int>((cr != nullptr ? cr : pieceEnd) - end);
+    char* const stop = FindReturn(pieceEnd);
+    const int run = static_cast<int>(stop - end);
     if (maxLength != -1 && run > 0 && run > maxLength - *count) {
       end += maxLength - *count + 1;
       return false;
     }
     line_.Append(end, run);
     *count += run;
-    end += run;
-    if (cr == nullptr) return true;
+    end = stop;
+    if (end == pieceEnd) break;
     if (!strip) line_.Append("\r", 1);
     ++end;
   }
   return true;
-}
-
-const char* MP_StreamReader::ReadLineText(bool strip, int maxLength) {
-  MP_String* line = ReadLine(strip, maxLength);
-  return line != nullptr ? line->Text() : nullptr;
 }

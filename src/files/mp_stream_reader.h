@@ -28,21 +28,28 @@ class MP_StreamReader : public MP_StreamCore {
   // ended; -1 without a descriptor, or if there is no memory for more; -2 on failure.
   int RawRead();
 
-  // The next line, with its CR and LF bytes or, if `strip` is set, with none of any; a last
-  // line needs no LF. Null behind the last, and as soon as a line has more than `maxLength`
-  // bytes that are neither, unless that is -1: its rest can still be read. Good until the
-  // next call.
-  MP_String* ReadLine(bool strip, int maxLength);
-  const char* ReadLineText(bool strip, int maxLength);
+  // The next line, terminated, with its CR and LF bytes or, if `strip` is set, with none of
+  // any; a last line needs no LF. Null behind the last, and as soon as a line has more than
+  // `maxLength` bytes that are neither, unless that is -1: its rest can still be read. Good
+  // until the next call, whatever else is done to the reader.
+  const char* ReadLine(bool strip, int maxLength);
 
  private:
   bool MakeRoomBehind();
-  bool TakePiece(const char* pieceEnd, bool strip, int maxLength, int* count);
+  void LeaveLine();
+  char* FindReturn(char* lineEnd);
+  const char* CollectLine(bool strip, int maxLength);
+  bool TakePiece(char* pieceEnd, bool strip, int maxLength, int* count);
 
   StreamKind kind_ = StreamKind::kFile;
   int descriptor_;
-  MP_String line_;
-  char firstBlock_[kStreamCapacity + 1];
+
+  // A line that lies whole in the block is given out where it is. Until the next one, what
+  // fills the buffer goes to the other block.
+  char* lineBlock_ = nullptr;   // where the last line lies; null if not in a block
+  char* nextReturn_ = nullptr;  // the first CR behind `end`, or `limit`; null if unknown
+  MP_String line_;              // for all other lines
+  char blocks_[2][kStreamCapacity + 1];
 };
 
 #endif  // KALVOBASE_SRC_FILES_MP_STREAM_READER_H_

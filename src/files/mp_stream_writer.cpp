@@ -17,7 +17,7 @@ void MP_StreamWriter::SetSink(StreamKind kind, int orderFlag) {
 }
 
 void MP_StreamWriter::Attach(int descriptor) {
-  SetLength(0);
+  Drop();
   descriptor_ = descriptor;
   pipe_ = kind_ == StreamKind::kFile && descriptor >= 0 && platform::file_is_pipe(descriptor);
 }
@@ -41,7 +41,7 @@ std::int64_t MP_StreamWriter::Transfer(const char* data, std::size_t size) {
 int MP_StreamWriter::DrainBuffer() {
   const char* from = block_;
   const char* const to = end;
-  SetLength(0);  // whatever comes of it
+  Drop();  // whatever comes of it
   if (descriptor_ < 0) return -1;
   while (from < to) {
     const std::int64_t n = Transfer(from, static_cast<std::size_t>(to - from));

@@ -48,7 +48,7 @@ int Kalvo_TcpStream::Read(char* buffer, int length) {
 }
 
 const char* Kalvo_TcpStream::ReadLine(int strip, int maxLength) {
-  return impl_->reader().ReadLineText(strip != 0, maxLength);
+  return impl_->reader().ReadLine(strip != 0, maxLength);
 }
 
 void Kalvo_TcpStream::ReadIgnore(int count) { impl_->reader().Skip(count); }
@@ -78,7 +78,7 @@ int Kalvo_TcpStream::Write() { return impl_->writer().Flush(); }
 int Kalvo_TcpStream::Printf(const char* format, ...) {
   va_list args;
   va_start(args, format);
-  const int n = VPrintf(format, args);
+  const int n = impl_->writer().VPrintf(format, args);
   va_end(args);
   return n;
 }

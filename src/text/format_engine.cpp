@@ -39,6 +39,10 @@ constexpr int kPlainSlack = 16;
 constexpr int kLongSlack = 32;
 constexpr int kFloatSlack = 42;
 
+constexpr int kShortText = 16;
+constexpr int kSimpleDigits = 16;  // of 32 bits, with their sign, and some more
+constexpr int kSimpleRoom = kSimpleDigits + kPlainSlack;
+
 class Engine {
  public:
   Engine(MP_StreamCore* core, va_list args) : core_(core), errno_(errno) { va_copy(args_, args); }
@@ -49,6 +53,7 @@ class Engine {
   int Run(const char* format);
 
  private:
+  bool PutSimple(char kind);
   const char* PutLiteral(const char* format);
   const char* Parse(const char* format, Conversion* conversion);
   const char* ParseNumber(const char* format, int* number);
@@ -59,6 +64,7 @@ class Engine {
   void PutUnsigned(const Conversion& conversion);
   void PutChar(const Conversion& conversion);
   void PutText(const Conversion& conversion);
+  void PutText(const char* text);
   void PutFixed(const Conversion& conversion);
   template <class T>
   void PutByLibrary(const Conversion& conversion, T value);
@@ -69,6 +75,13 @@ class Engine {
   void PutBlock(const char* bytes, int n);
   bool Reserve(std::int64_t n);
   void Advance(std::int64_t n);
+
+  // Counts bytes that stand behind the content already.
+  void Commit(int n) {
+    if (n < 1) return;
+    core_->Commit(n);
+    total_ += n;
+  }
 
   MP_StreamCore* core_;
   const int errno_;  // what %m tells, whatever our own calls do to errno
@@ -84,8 +97,7 @@ int Engine::Run(const char* format) {
       format = PutLiteral(format);
       continue;
     }
-    if (format[1] == '%') {
-      PutBlock("%", 1);
+    if (PutSimple(format[1])) {
       format += 2;
       continue;
     }
@@ -97,6 +109,47 @@ int Engine::Run(const char* format) {
   return failed_ ? -1 : static_cast<int>(std::min<std::int64_t>(total_, INT_MAX));
 }
 
+// Puts what needs no parsing: most of what formats hold. False if it is something else.
+bool Engine::PutSimple(char kind) {
+  switch (kind) {
+    case '%':
+      PutBlock("%", 1);
+      return true;
+    case 's':
+      PutText(va_arg(args_, const char*));
+      return true;
+    case 'd': {
+      if (core_->Room() < kSimpleRoom) return false;
+      const int value = va_arg(args_, int);
+      const std::uint32_t bits = static_cast<std::uint32_t>(value);
+      char digits[2 * kSimpleDigits] = {};
+      char* start = DecimalDigits(value < 0 ? 0 - bits : bits, digits + kSimpleDigits);
+      if (value < 0) *--start = '-';
+      std::memcpy(core_->End(), start, kSimpleDigits);  // all at once, however many count
+      Commit(static_cast<int>(digits + kSimpleDigits - start));
+      return true;
+    }
+    default:
+      return false;
+  }
+}
+
+// A text that is stored as a whole. Short ones are copied while their end is looked for.
+void Engine::PutText(const char* text) {
+  if (text == nullptr) return;
+  const int most = std::min(core_->Room(), kShortText);
+  char* out = core_->End();
+  int n = 0;
+  for (; n < most; ++n) {
+    if (text[n] == '\0') {
+      Commit(n);
+      return;
+    }
+    out[n] = text[n];
+  }
+  PutBlock(text, Length(text));
+}
+
 // Puts what stands before the next conversion or line feed, or that line feed.
 const char* Engine::PutLiteral(const char* format) {
   if (*format == '\n') {
@@ -104,9 +157,16 @@ const char* Engine::PutLiteral(const char* format) {
     ++total_;
     return format + 1;
   }
-  const char* end = format;
-  while (*end != '\0' && *end != '%' && *end != '\n') ++end;
-  const int n = static_cast<int>(std::min<std::ptrdiff_t>(end - format, INT_MAX));
+  const auto isLiteral = [](char c) { return c != '\0' && c != '%' && c != '\n'; };
+  char* out = core_->End();
+  const int room = core_->Room();
+  int n = 0;
+  for (; n < room && isLiteral(format[n]); ++n) out[n] = format[n];
+  Commit(n);
+  if (!isLiteral(format[n])) return format + n;
+  const char* end = format += n;  // the room was too small
+  while (isLiteral(*end)) ++end;
+  n = static_cast<int>(std::min<std::ptrdiff_t>(end - format, INT_MAX));
   PutBlock(format, n);
   return format + n;
 }
