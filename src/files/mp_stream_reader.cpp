@@ -132,7 +132,7 @@ bool MP_StreamReader::TakePiece(char* pieceEnd, bool strip, int maxLength, int* 
     char* const stop = FindReturn(pieceEnd);
     const int run = static_cast<int>(stop - end);
     if (maxLength != -1 && run > 0 && run > maxLength - *count) {
-      end += maxLength - *count + 1;
+      end += std::max(maxLength - *count, 0) + 1;
       return false;
     }
     line_.Append(end, run);

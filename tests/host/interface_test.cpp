@@ -27,6 +27,11 @@ static_assert(IsPlainHandle<Kalvo_KValueTable>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_FSM_Object>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_FSM_State>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_FSMService>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_FileStream>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_FileItem>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_FindFiles>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_SocketAddr>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_TcpStream>(), "a handle is two pointers");
 static_assert(sizeof(Kalvo_KVPair) == sizeof(Kalvo_QueueObject) + 4 * sizeof(void*), "an item");
 static_assert(sizeof(Kalvo_QueueObject) == 3 * sizeof(void*), "the base of all items");
 static_assert(sizeof(Kalvo_StringArray) == sizeof(void*), "no virtual table");
@@ -53,6 +58,15 @@ constexpr Kalvo_Long* (Kalvo_Value::*kLongs)(unsigned long*) = &Kalvo_Value::Get
 constexpr Kalvo_Value* (Kalvo_KValueTable::*kInsert)(Kalvo_Key&) = &Kalvo_KValueTable::Insert;
 constexpr Kalvo_Value* (Kalvo_KValueTable::*kAt)(int) const = &Kalvo_KValueTable::GetAt;
 constexpr unsigned long (*kHashOfKey)(Kalvo_Key) = &Kalvo_HashKey;
+constexpr int (Kalvo_FileStream::*kReadLong)(unsigned long&) = &Kalvo_FileStream::Read;
+constexpr int (Kalvo_FileStream::*kPutBytes)(unsigned char, int) = &Kalvo_FileStream::Write;
+constexpr void (Kalvo_FileStream::*kAttach)(int, int) = &Kalvo_FileStream::Attach;
+constexpr int (Kalvo_FileStream::*kVPrintf)(const char*, va_list) = &Kalvo_FileStream::VPrintf;
+constexpr const char* (*kRealPath)(const char*, Kalvo_String&) = &Kalvo_FileItem::GetRealPathName;
+constexpr int (Kalvo_SocketAddr::*kRawInit)(sockaddr*, int) = &Kalvo_SocketAddr::Init;
+constexpr int (*kSend)(int, Kalvo_SocketAddr*, const char*, int) = &Kalvo_SOCK_Send;
+constexpr int (Kalvo_TcpStream::*kReadBytes)(char*, int) = &Kalvo_TcpStream::Read;
+constexpr int (Kalvo_TcpStream::*kWriteDouble)(long double) = &Kalvo_TcpStream::Write;
 constexpr void (Kalvo_FSM_State::*kRange)(unsigned long, long, long, FSM_Handler,
                                           const char*) = &Kalvo_FSM_State::AddIntMsgHandle;
 constexpr void (Kalvo_FSMService::*kAny)(const char*, FSM_Handler,
@@ -86,6 +100,33 @@ TEST(Interface, OverloadsAreThere) {
   (service.GetState(nullptr)->*kRange)(1, 2, 3, nullptr, "none");
   (service.*kAny)("any", nullptr, "");
   EXPECT_EQ(service.FinishAndCheck(nullptr), 1);
+}
+
+// A host's own stream is told of what it is given through the second slot.
+class Told : public Kalvo_FileStream {
+ public:
+  void Attach(int, int mode) override { told = mode; }
+  int told = -1;
+};
+
+TEST(Interface, StreamsAndSockets) {
+  Told stream;
+  (static_cast<Kalvo_FileStream&>(stream).*kAttach)(0, 2);
+  EXPECT_EQ(stream.told, 2);
+  unsigned long number = 7;
+  EXPECT_EQ((stream.*kReadLong)(number), -2);
+  EXPECT_EQ((stream.*kPutBytes)('x', 1), -2);
+  va_list none{};
+  EXPECT_EQ((stream.*kVPrintf)("", none), -1);
+  Kalvo_String path;
+  EXPECT_STREQ(kRealPath("/a/..", path), "/");
+  Kalvo_SocketAddr address;
+  EXPECT_EQ((address.*kRawInit)(nullptr, 0), 1);
+  EXPECT_EQ(kSend(-1, &address, "", 0), -1);
+  Kalvo_TcpStream tcp;
+  char c;
+  EXPECT_EQ((tcp.*kReadBytes)(&c, 1), -1);
+  EXPECT_EQ((tcp.*kWriteDouble)(1), 8);
 }
 
 // Virtual calls land in the slots of the base.

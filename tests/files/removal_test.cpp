@@ -1,0 +1,130 @@
+// Deleting by pattern and by tree.
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "kalvobase/file.h"
+#include "support/folder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* const kOddNames[] = {"back\\slash", "..\\up",   "line\nfeed", "-rf",
+                                 "  blanks  ",  "\xFF\xFE", "*",          "\\"};
+
+// A tree full of odd names, with links out of it.
+void Grow(const support::Folder& folder) {
+  folder.Write("outside/kept.txt", "kept");
+  folder.Write("up", "kept");
+  for (const char* name : kOddNames) {
+    folder.Write(std::string("tree/") + name, "x");
+    folder.Write(std::string("tree/sub ") + name + "/" + name, "x");
+  }
+  fs::create_directory_symlink("..", folder.Path("tree/parent"));
+  fs::create_directory_symlink(folder.Path("outside"), folder.Path("tree/sub -rf/out"));
+  fs::create_symlink(folder.Path("outside/kept.txt"), folder.Path("tree/link.txt"));
+  fs::create_symlink("nowhere", folder.Path("tree/dangling"));
+  mkfifo(folder.Path("tree/pipe").c_str(), 0600);
+}
+
+void ExpectOutsideKept(const support::Folder& folder) {
+  EXPECT_EQ(support::Content(folder.Path("outside/kept.txt")), "kept");
+  EXPECT_EQ(support::Content(folder.Path("up")), "kept");
+  struct stat status;
+  ASSERT_EQ(stat(folder.Path("outside").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777u, 0555u);
+}
+
+TEST(Removal, NeverLeavesTheTree) {
+  const support::Folder folder;
+  const long before = support::OpenDescriptors();
+  Grow(folder);
+  chmod(folder.Path("outside").c_str(), 0555);
+  const std::string tree = folder.Path("tree");
+
+  EXPECT_EQ(Kalvo_FileItem::DeleteFiles(tree.c_str(), "*.txt", 0), 1);  // the link
+  ExpectOutsideKept(folder);
+  EXPECT_EQ(Kalvo_FileItem::DeleteFiles(tree.c_str(), "-*", 1), 2);
+  for (const char* pattern : {"", ".", "..", "../*", "..\\up", "sub -rf/*", "sub -rf"}) {
+    EXPECT_EQ(Kalvo_FileItem::DeleteFiles(tree.c_str(), pattern, 0),
+              std::string(pattern) == "..\\up" ? 1 : 0)
+        << pattern;  // there is a file of that one name
+  }
+  EXPECT_EQ(Kalvo_FileItem::DeleteFiles(tree.c_str(), nullptr, 1), 0);
+  // Of 8 names in the tree and 8 below, three are gone; there are three links and the pipe.
+  EXPECT_EQ(Kalvo_FileItem::DeleteFiles((tree + "/.\\").c_str(), "*", 1), 16 - 3 + 3 + 1);
+  ExpectOutsideKept(folder);
+  EXPECT_TRUE(fs::is_directory(folder.Path("tree/sub -rf")));
+
+  Grow(folder);
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree((tree + "/").c_str()), 1);
+  EXPECT_FALSE(fs::exists(tree));
+  ExpectOutsideKept(folder);
+  EXPECT_EQ(support::OpenDescriptors(), before);
+}
+
+TEST(Removal, WhatIsRefused) {
+  const support::Folder folder;
+  folder.Write("target/file", "kept");
+  fs::create_directory_symlink("target", folder.Path("link"));
+  fs::create_directory_symlink("/", folder.Path("root"));
+  for (const std::string& path :
+       {std::string(), std::string("/"), std::string("//"), std::string("\\..\\"),
+        folder.Path("link"), folder.Path("link/"), folder.Path("root"), folder.Path("none"),
+        folder.Path("target/file")}) {
+    EXPECT_EQ(Kalvo_FileItem::DeleteTree(path.c_str()), 0) << path;
+  }
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree(nullptr), 0);
+  for (const std::string& path : {std::string(), std::string("/"), folder.Path("root")}) {
+    // If this one were not refused, it would find nothing.
+    EXPECT_EQ(Kalvo_FileItem::DeleteFiles(path.c_str(), "kalvobase-no-such-file", 0), 0) << path;
+  }
+  EXPECT_EQ(support::Content(folder.Path("target/file")), "kept");
+  EXPECT_TRUE(fs::is_symlink(folder.Path("link")));
+  EXPECT_EQ(Kalvo_FileItem::DeleteFiles(folder.Path("link").c_str(), "file", 0), 1);
+
+  fs::create_directory(folder.Path("empty"));
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree(folder.Path("empty").c_str()), 1);
+
+  // A relative path means nothing once the current directory is gone.
+  fs::create_directory(folder.Path("here"));
+  ASSERT_EQ(chdir(folder.Path("here").c_str()), 0);
+  fs::remove(folder.Path("here"));
+  for (const char* path : {"tmp", ".", "..", "../target"}) {
+    EXPECT_EQ(Kalvo_FileItem::DeleteTree(path), 0);
+  }
+  ASSERT_EQ(chdir("/"), 0);
+  EXPECT_TRUE(fs::is_directory(folder.Path("target")));
+}
+
+TEST(Removal, DeepTreesAndWideDirectories) {
+  const support::Folder folder;
+  fs::create_directory(folder.Path("deep"));
+  int at = open(folder.Path("deep").c_str(), O_RDONLY | O_DIRECTORY);
+  const std::string name(50, 'd');  // together longer than any path may be
+  for (int level = 0; level < 2000; ++level) {
+    ASSERT_EQ(mkdirat(at, name.c_str(), 0755), 0);
+    close(openat(at, "file", O_CREAT | O_WRONLY, 0644));
+    const int next = openat(at, name.c_str(), O_RDONLY | O_DIRECTORY);
+    close(at);
+    at = next;
+  }
+  close(at);
+  for (int i = 0; i < 50000; ++i) {
+    close(open(folder.Path("deep/" + std::to_string(i)).c_str(), O_CREAT | O_WRONLY, 0644));
+  }
+  Kalvo_FindFiles files;
+  EXPECT_EQ(files.Find(folder.Path("deep/*").c_str()), 50002u);
+  files.FindFree();
+  EXPECT_EQ(Kalvo_FileItem::DeleteFiles(folder.Path("deep").c_str(), "f?le", 1), 2000);
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree(folder.Path("deep").c_str()), 1);
+}
+
+}  // namespace
