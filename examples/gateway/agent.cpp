@@ -1,11 +1,12 @@
 // The gateway's agent: watches the machine that it runs on.
 //
-//   agent [rounds [milliseconds between two rounds [file]]]
+//   agent [rounds [milliseconds between two rounds [file [host port]]]]
 //   agent --draw        prints the machine of its metrics for Graphviz
 //
 // One thread takes samples and puts them in a queue; another takes them out, reads metrics
-// from them, which move through the states of a machine, and keeps them in one table. At
-// the end the table goes to a file and comes back, and what came back is printed.
+// from them, which move through the states of a machine, sends them to a receiver if there is
+// one, and keeps them in one table. At the end the table goes to a file and comes back, and
+// what came back is printed.
 
 #include <kalvobase/kalvobase.h>
 
@@ -17,6 +18,7 @@
 #include "machine.h"
 #include "metric.h"
 #include "sample.h"
+#include "uplink.h"
 #include "watch.h"
 
 namespace {
@@ -39,13 +41,15 @@ void Produce(Kalvo_Queue* queue, Kalvo_Counter* taken, long rounds, unsigned lon
 }
 
 // Keeps samples under the numbers from 0 on until the producer is done and nothing is left.
-void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Watch* watch, Kalvo_KValueTable* history) {
+void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Watch* watch, Uplink* uplink,
+             Kalvo_KValueTable* history) {
   for (;;) {
     const bool last = done->Wait(0) == 0;
     Kalvo_QueueObject* object = queue->RemoveItemAtHead(last ? 0 : kPatienceMs);
     if (object != nullptr) {
       Sample* sample = static_cast<Sample*>(object);
       watch->Look(&sample->values);
+      uplink->Send(&sample->values);
       *history->InsertTable(history->GetCount()) = sample->values;
       delete sample;
     } else if (last) {
@@ -78,11 +82,13 @@ int main(int argc, char** argv) {
   Kalvo_FSMService machine;
   if (!BuildMachine(&machine)) return 1;
   Watch watch(&machine);
+  Uplink uplink;
+  if (argc > 5 && !uplink.Connect(argv[4], static_cast<int>(Argument(argc, argv, 5, 0)))) return 1;
   Kalvo_Queue queue(1, 1);
   Kalvo_Event done(1, 0, nullptr);
   Kalvo_Counter taken;
   Kalvo_KValueTable history;
-  std::thread collector(Collect, &queue, &done, &watch, &history);
+  std::thread collector(Collect, &queue, &done, &watch, &uplink, &history);
   Produce(&queue, &taken, rounds, static_cast<unsigned long>(intervalMs));
   done.Set();
   collector.join();
@@ -107,6 +113,7 @@ int main(int argc, char** argv) {
   std::puts("\nOn average:");
   PrintTree(&total, 2);
 
+  if (argc > 5) std::printf("\n%d samples sent\n", uplink.sent());
   const bool equal = stored == history;
   std::printf("\n%ld samples taken, %lu in %s, %s to those in memory\n", taken.Get(),
               stored.GetCount(), path, equal ? "equal" : "not equal");

@@ -1,5 +1,7 @@
 #include "history.h"
 
+#include <fcntl.h>
+
 #include <cstdio>
 
 #include "machine.h"
@@ -17,10 +19,10 @@ bool IsNumber(Kalvo_Value* value) {
 bool SaveTable(Kalvo_KValueTable* table, const char* path) {
   Kalvo_String form;
   table->Dump(&form);
-  std::FILE* file = std::fopen(path, "wb");
-  if (file == nullptr) return false;
-  const std::size_t written = std::fwrite(form.c_str(), 1, form.length(), file);
-  return std::fclose(file) == 0 && written == form.length();
+  const int length = static_cast<int>(form.length());
+  Kalvo_FileStream file;
+  if (file.Open(path, O_WRONLY | O_CREAT | O_TRUNC, 0644) < 0) return false;
+  return file.Write(form.c_str(), length) == length && file.Write() > 0;
 }
 
 bool LoadTable(Kalvo_KValueTable* table, const char* path) {

@@ -1,16 +1,13 @@
 #include "machine.h"
 
-#include <cstdio>
+#include <fcntl.h>
 
 Kalvo_String ReadText(const char* path) {
   Kalvo_String text;
-  std::FILE* file = std::fopen(path, "rb");
-  if (file == nullptr) return text;
+  Kalvo_FileStream file;
+  if (file.Open(path, O_RDONLY, 0) < 0) return text;
   char block[4096];
-  while (const std::size_t n = std::fread(block, 1, sizeof(block), file)) {
-    text.memcat(block, static_cast<int>(n));
-  }
-  std::fclose(file);
+  for (int n; (n = file.Read(block, sizeof(block))) > 0;) text.memcat(block, n);
   return text;
 }
 
