@@ -112,7 +112,7 @@ class KALVO_API Kalvo_FileStream {
   // The next line as a text that is good until the next ReadLine; null behind the last, and
   // without the reading direction. `strip` not 0 leaves out its CR and LF bytes. With
   // `maxLength` other than -1 a line of more bytes than that gives null as soon as they were
-  // read, and the next call goes on behind them.
+  // read, and the next call goes on behind them; so does one that no string can hold.
   const char* ReadLine(int strip, int maxLength);
 
   // --- Writing ------------------------------------------------------------------

@@ -24,6 +24,8 @@
 #include <sys/socket.h>
 #endif
 
+#include <cstddef>
+
 #include "kalvobase/types.h"
 
 class Kalvo_String;
@@ -44,6 +46,7 @@ class KALVO_API Kalvo_SocketAddr {
   // 16 bits of `port`. A null or empty `host` gives 0.0.0.0. Returns 1, also for a host that
   // is not found: its address is 255.255.255.255, and no connect succeeds.
   int Init(const char* host, int port);
+  int Init(std::nullptr_t, int port) { return Init(static_cast<const char*>(nullptr), port); }
 
   // Takes `length` bytes as they are. Returns 1.
   int Init(struct sockaddr* addr, int length);
@@ -84,7 +87,8 @@ extern "C" {
 // Starts the socket layer. Everything here that needs it does so by itself.
 KALVO_API void Kalvo_SOCK_Init(void);
 
-// The error of the last socket call that failed in this thread. The numbers are those of
+// The error of the last socket call that failed in this thread, the system's own calls
+// included; ask before any other system call can fail. The numbers are those of
 // Winsock on every system: 10035 would block, 10048 in use, 10049 address not available,
 // 10054 reset, 10056 connected, 10060 timed out, 10061 refused.
 KALVO_API int Kalvo_SOCK_GetLastError(void);
@@ -112,7 +116,8 @@ KALVO_API int Kalvo_SOCK_Write(int sock, const void* data, int length);
 KALVO_API int Kalvo_SOCK_Send(int sock, Kalvo_SocketAddr* to, const char* data, int length);
 
 // Receives up to `length` bytes, once, and makes them the content of *into. Their number, 0
-// when the other side has closed; -1 on failure, and *into has `length` bytes.
+// when the other side has closed; -1 on failure, and *into has `length` bytes. A datagram that
+// is larger fails with 10040.
 KALVO_API int Kalvo_SOCK_Read(int sock, Kalvo_String* into, int length);
 
 // Receives one datagram of up to 65,536 bytes as the content of *into, and its sender in

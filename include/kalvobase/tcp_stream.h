@@ -10,7 +10,8 @@
 // feed, with Write() and with DisConnect.
 //
 // Calls block as long as they must. No signal of a broken pipe is raised. One thread may
-// read while another writes; all else is for one thread at a time.
+// read while another writes, and a third may close the socket; all else is for one thread at a
+// time.
 
 #ifndef KALVOBASE_TCP_STREAM_H_
 #define KALVOBASE_TCP_STREAM_H_
@@ -53,8 +54,9 @@ class KALVO_API Kalvo_TcpStream {
   // socket stays open until DisConnect.
   void Detach();
 
-  // Closes a socket; for -1 the stream's own, unflushed. The stream takes no note but that
-  // it does not use that socket any more.
+  // Closes a socket; for -1 the stream's own, unflushed, which ends its connection also for
+  // a thread that waits in a read or a write: this may be called beside them. The stream takes
+  // no note but that it does not use that socket any more.
   void CloseSocket(int socket);
 
   // The socket, or -1.

@@ -22,9 +22,9 @@ enum Mode { kRefuse = 0, kReplace = 1 };  // any other appends
 
 int AsResult(std::int64_t n) { return static_cast<int>(std::min<std::int64_t>(n, INT_MAX)); }
 
-std::int64_t SizeOf(const std::string& path) {
+bool IsRegular(const std::string& path) {
   platform::FileStatus status;
-  return platform::file_status(path, &status) ? status.size : -1;
+  return platform::file_status(path, &status) && status.regular;
 }
 
 bool AreOneFile(const std::string& a, const std::string& b) {
@@ -35,8 +35,8 @@ bool AreOneFile(const std::string& a, const std::string& b) {
 }
 
 // Copies a whole file behind what `flags` leave of the destination. Whether as much was
-// written as the source had. If not, the destination is removed; but it is left alone as long
-// as it was not opened.
+// written as the source had. If not, the destination is removed, a link to it staying; but it
+// is left alone as long as it was not opened, and if it is a device or a pipe.
 bool CopyContent(const char* source, const char* destination, int flags,
                  const platform::FileStatus& sourceStatus) {
   MP_FileStream in;
@@ -48,14 +48,16 @@ bool CopyContent(const char* source, const char* destination, int flags,
   std::int64_t copied = 0;
   char piece[4096];
   bool written = true;
-  for (int n; written && (n = in.ReadBlock(piece, sizeof(piece))) > 0;) {
+  for (int n;
+       written && copied <= sourceStatus.size && (n = in.ReadBlock(piece, sizeof(piece))) > 0;) {
     written = out.WriteBlock(piece, n) == n;
     copied += n;
   }
   written = out.Flush() > 0 && written;
   if (written && copied == sourceStatus.size) return true;
   out.Close();
-  platform::file_remove(platform::system_path(destination));
+  const std::string incomplete = platform::resolve_links(platform::system_path(destination));
+  if (IsRegular(incomplete)) platform::file_remove(incomplete);
   return false;
 }
 
@@ -81,18 +83,19 @@ int SafeCopy(const char* source, const char* destination, int mode) {
 int SafeRename(const char* source, const char* destination, int mode) {
   const std::string from = platform::system_path(source);
   const std::string to = platform::system_path(destination);
-  if (!platform::file_exists(from)) return kNoSource;
+  platform::FileStatus status;
+  if (!platform::file_status(from, &status)) return kNoSource;
   path::MakeParents(destination);
   if (!platform::file_exists(to)) {
-    return platform::file_rename(from, to) ? AsResult(SizeOf(to)) : kRenamingFailed;
+    return platform::file_rename(from, to) ? AsResult(status.size) : kRenamingFailed;
   }
   if (mode == kRefuse || AreOneFile(from, to)) return kRefused;
   if (mode == kReplace) {
     platform::file_remove(to);
-    return platform::file_rename(from, to) ? AsResult(SizeOf(to)) : kReplacingFailed;
+    return platform::file_rename(from, to) ? AsResult(status.size) : kReplacingFailed;
   }
-  platform::FileStatus status;
   if (!platform::file_status(from, &status)) return kSourceGone;
+  if (!IsRegular(to)) return kAppendIncomplete;
   const int flags = platform::kOpenReadWrite | platform::kOpenCreate | platform::kOpenAppend;
   if (!CopyContent(source, destination, flags, status)) return kAppendIncomplete;
   platform::file_remove(from);

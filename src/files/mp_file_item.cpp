@@ -1,6 +1,5 @@
 #include "files/mp_file_item.h"
 
-#include "files/path.h"
 #include "text/mp_string.h"
 
 namespace {
@@ -14,18 +13,20 @@ void MP_FileItem::Attach(const char* name) {
   given.AppendText(name);
   given.Trim();
   const char* text = given.Text();
+  std::string systemText = platform::system_path(text);
   fullPath_.clear();
-  exists_ = *text != '\0' && platform::file_status(platform::system_path(text), &status_);
+  exists_ = *text != '\0' && platform::file_status(systemText, &status_);
   if (!exists_) return;
 
+  std::string current;
   if (!platform::path_is_absolute(text) && !path::HasDrive(text)) {
-    fullPath_ = platform::current_directory();
-    if (!fullPath_.empty() && fullPath_.back() != platform::kPathSeparator) {
-      fullPath_ += platform::kPathSeparator;
+    current = platform::current_directory();
+    if (!current.empty() && current.back() != platform::kPathSeparator) {
+      current += platform::kPathSeparator;
     }
   }
-  fullPath_ += text;
-  asIs_ = fullPath_.size();
+  fullPath_ = current + text;
+  systemPath_ = current + systemText;
   const std::size_t separator = fullPath_.find_last_of("/\\");
   if (separator == std::string::npos) {
     Split(0, 0);
@@ -34,18 +35,19 @@ void MP_FileItem::Attach(const char* name) {
   }
 }
 
-void MP_FileItem::AttachEntry(const std::string& directory, const std::string& name,
+void MP_FileItem::AttachEntry(const path::Path& directory, const std::string& name,
                               const platform::FileStatus* status) {
   exists_ = status != nullptr;
   if (!exists_) return;
   status_ = *status;
-  fullPath_ = directory;
-  if (directory.empty() || !path::IsSeparator(directory.back())) {
-    fullPath_ += platform::kPathSeparator;
-  }
-  asIs_ = fullPath_.size();
-  fullPath_ += name;
-  Split(asIs_ - 1, asIs_);
+  const auto join = [&name](const std::string& front) {
+    const bool separated = !front.empty() && path::IsSeparator(front.back());
+    return front + (separated ? std::string() : std::string(1, platform::kPathSeparator)) + name;
+  };
+  fullPath_ = join(directory.text);
+  if (directory.system != directory.text) systemPath_ = join(directory.system);
+  const std::size_t begin = fullPath_.size() - name.size();
+  Split(begin - 1, begin);
 }
 
 void MP_FileItem::Split(std::size_t directoryLength, std::size_t name) {
@@ -57,16 +59,12 @@ void MP_FileItem::Split(std::size_t directoryLength, std::size_t name) {
   baseName_ = fullPath_.substr(name, hasDot ? dot - name : std::string::npos);
 }
 
-std::string MP_FileItem::SystemPath() const {
-  return platform::system_path(fullPath_.substr(0, asIs_).c_str()) + fullPath_.substr(asIs_);
-}
-
 void MP_FileItem::Delete() {
   if (!exists_) return;
-  if (status_.directory) {
-    platform::directory_remove(SystemPath());
-  } else {
+  if (!status_.directory || platform::is_link(SystemPath())) {
     platform::file_remove(SystemPath());
+  } else {
+    platform::directory_remove(SystemPath());
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "files/path.h"
 #include "kalvobase/file.h"
 #include "platform/directory.h"
 
@@ -16,8 +17,8 @@ class MP_FileItem {
   void Attach(const char* name);
 
   // Takes an entry of a directory, whose name is taken as it is, with the status that it was
-  // found to have.
-  void AttachEntry(const std::string& directory, const std::string& name,
+  // found to have, or null.
+  void AttachEntry(const path::Path& directory, const std::string& name,
                    const platform::FileStatus* status);
 
   bool Exists() const { return exists_; }
@@ -43,14 +44,14 @@ class MP_FileItem {
 
  private:
   void Split(std::size_t directoryLength, std::size_t name);
-  std::string SystemPath() const;
+  const std::string& SystemPath() const { return systemPath_.empty() ? fullPath_ : systemPath_; }
 
   std::string fullPath_;
+  std::string systemPath_;  // empty if it is the same
   std::string directory_;
   std::string baseName_;
   std::size_t name_ = 0;  // where these begin in the full path
   std::size_t suffix_ = 0;
-  std::size_t asIs_ = 0;  // from here on a backslash is just a byte of a name
   platform::FileStatus status_;
   bool exists_ = false;
 };

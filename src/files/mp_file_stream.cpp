@@ -1,7 +1,5 @@
 #include "files/mp_file_stream.h"
 
-#include <new>
-
 #include "files/path.h"
 #include "platform/file.h"
 
@@ -20,12 +18,12 @@ void MP_FileStream::Attach(int descriptor, int mode) {
   if (mode == 1) {
     reader_.reset();
   } else if (!reader_) {
-    reader_.reset(new (std::nothrow) MP_StreamReader);
+    reader_ = std::make_unique<MP_StreamReader>();
   }
   if (mode == 0) {
     writer_.reset();
   } else if (!writer_) {
-    writer_.reset(new (std::nothrow) MP_StreamWriter);
+    writer_ = std::make_unique<MP_StreamWriter>();
   }
   AttachSides(descriptor);
 }

@@ -49,7 +49,7 @@ int Compare(Kalvo_QueueObject* left, Kalvo_QueueObject* right, void* context) {
     case MP_FindFiles::SortKey::kCreated:
       return Order(a.GetFileCreateTime(), b.GetFileCreateTime());
     default:
-      return std::strcmp(a.GetName(), b.GetName());
+      return Order(std::strcmp(a.GetName(), b.GetName()), 0);
   }
 }
 
@@ -60,10 +60,9 @@ unsigned long MP_FindFiles::Find(const char* path) {
   sortKey_ = SortKey::kNone;
   if (path == nullptr) return 0;
   const Search search = SplitSearch(path);
-  const std::string directory = path::Normalise(search.directory.c_str());
-  const std::string systemPath = platform::system_path(directory.c_str());
+  const path::Path directory = path::Normalise(search.directory.c_str());
   const platform::DirectoryHandle open =
-      platform::directory_open(systemPath + platform::kPathSeparator, true);
+      platform::directory_open(directory.system + platform::kPathSeparator, true);
   if (open == nullptr) return 0;
 
   const Wildcard wildcard(search.pattern, false);

@@ -67,16 +67,17 @@ bool MP_StreamReader::MakeRoomBehind() {
 }
 
 int MP_StreamReader::RawRead() {
-  if (descriptor_ < 0) return -1;
+  const int descriptor = descriptor_;
+  if (descriptor < 0) return -1;
   nextReturn_ = nullptr;
   if (!MakeRoomBehind()) return -1;
   const std::size_t room = static_cast<std::size_t>(block_ + capacity() - limit);
   std::int64_t n;
   for (;;) {
-    n = kind_ == StreamKind::kFile ? platform::file_read(descriptor_, limit, room)
-                                   : platform::socket_receive(descriptor_, limit, room);
+    n = kind_ == StreamKind::kFile ? platform::file_read(descriptor, limit, room)
+                                   : platform::socket_receive(descriptor, limit, room);
     if (n != platform::kTransferWouldBlock) break;
-    platform::descriptor_wait(descriptor_, platform::WaitFor::kReading, platform::kNoLimit);
+    platform::descriptor_wait(descriptor, platform::WaitFor::kReading, platform::kNoLimit);
   }
   if (n < 1) {
     descriptor_ = -1;
@@ -126,7 +127,8 @@ const char* MP_StreamReader::CollectLine(bool strip, int maxLength) {
   }
 }
 
-// Takes bytes without a line feed into the line. False behind the first that is too many.
+// Takes bytes without a line feed into the line. False behind the first that is too many, or
+// if they cannot be stored.
 bool MP_StreamReader::TakePiece(char* pieceEnd, bool strip, int maxLength, int* count) {
   while (end < pieceEnd) {
     char* const stop = FindReturn(pieceEnd);
@@ -135,7 +137,9 @@ bool MP_StreamReader::TakePiece(char* pieceEnd, bool strip, int maxLength, int* 
       end += std::max(maxLength - *count, 0) + 1;
       return false;
     }
+    const int before = line_.Length();
     line_.Append(end, run);
+    if (line_.Length() - before < run) return false;
     *count += run;
     end = stop;
     if (end == pieceEnd) break;

@@ -3,6 +3,8 @@
 #ifndef KALVOBASE_SRC_FILES_MP_STREAM_READER_H_
 #define KALVOBASE_SRC_FILES_MP_STREAM_READER_H_
 
+#include <atomic>
+
 #include "files/mp_stream_core.h"
 #include "files/stream_kind.h"
 #include "text/mp_string.h"
@@ -19,7 +21,8 @@ class MP_StreamReader : public MP_StreamCore {
   void Attach(int descriptor);
   void Detach() { Attach(-1); }
 
-  // Lets go of the descriptor alone: what is unread can still be read.
+  // Lets go of the descriptor alone: what is unread can still be read. The one operation that
+  // another thread may call meanwhile.
   void Forget() { descriptor_ = -1; }
 
   int FillBuffer() override;
@@ -30,8 +33,8 @@ class MP_StreamReader : public MP_StreamCore {
 
   // The next line, terminated, with its CR and LF bytes or, if `strip` is set, with none of
   // any; a last line needs no LF. Null behind the last, and as soon as a line has more than
-  // `maxLength` bytes that are neither, unless that is -1: its rest can still be read. Good
-  // until the next call, whatever else is done to the reader.
+  // `maxLength` bytes that are neither, unless that is -1, or more than can be stored: its
+  // rest can still be read. Good until the next call, whatever else is done to the reader.
   const char* ReadLine(bool strip, int maxLength);
 
  private:
@@ -42,7 +45,7 @@ class MP_StreamReader : public MP_StreamCore {
   bool TakePiece(char* pieceEnd, bool strip, int maxLength, int* count);
 
   StreamKind kind_ = StreamKind::kFile;
-  int descriptor_;
+  std::atomic<int> descriptor_;
 
   // A line that lies whole in the block is given out where it is. Until the next one, what
   // fills the buffer goes to the other block.

@@ -32,28 +32,28 @@ int MP_StreamWriter::Flush() {
   return DrainBuffer();
 }
 
-std::int64_t MP_StreamWriter::Transfer(const char* data, std::size_t size) {
-  if (kind_ == StreamKind::kSocket) return platform::socket_send(descriptor_, data, size);
-  if (pipe_) return platform::pipe_write(descriptor_, data, size);
-  return platform::file_write(descriptor_, data, size);
+std::int64_t MP_StreamWriter::Transfer(int descriptor, const char* data, std::size_t size) {
+  if (kind_ == StreamKind::kSocket) return platform::socket_send(descriptor, data, size);
+  if (pipe_) return platform::pipe_write(descriptor, data, size);
+  return platform::file_write(descriptor, data, size);
 }
 
 int MP_StreamWriter::DrainBuffer() {
   const char* from = block_;
   const char* const to = end;
   Drop();  // whatever comes of it
-  if (descriptor_ < 0) return -1;
+  const int descriptor = descriptor_;
+  if (descriptor < 0) return -1;
   while (from < to) {
-    const std::int64_t n = Transfer(from, static_cast<std::size_t>(to - from));
+    const std::int64_t n = Transfer(descriptor, from, static_cast<std::size_t>(to - from));
     if (n == platform::kTransferWouldBlock) {
-      platform::descriptor_wait(descriptor_, platform::WaitFor::kWriting, platform::kNoLimit);
+      platform::descriptor_wait(descriptor, platform::WaitFor::kWriting, platform::kNoLimit);
       continue;
     }
     if (n == 0) return -1;
     if (n < 0) {
       // A socket that cannot even be waited for counts as a failed wait.
-      const bool closed =
-          kind_ == StreamKind::kSocket && !platform::descriptor_is_open(descriptor_);
+      const bool closed = kind_ == StreamKind::kSocket && !platform::descriptor_is_open(descriptor);
       return closed ? -1 : -3;
     }
     from += n;

@@ -4,6 +4,7 @@
 #ifndef KALVOBASE_SRC_FILES_MP_STREAM_WRITER_H_
 #define KALVOBASE_SRC_FILES_MP_STREAM_WRITER_H_
 
+#include <atomic>
 #include <cstdarg>
 
 #include "files/mp_stream_core.h"
@@ -23,8 +24,8 @@ class MP_StreamWriter : public MP_StreamCore {
   // Flushes and lets go of the descriptor.
   void Detach();
 
-  // Drops what is in the buffer, and the descriptor.
-  void Forget() { Attach(-1); }
+  // Lets go of the descriptor alone. The one operation that another thread may call meanwhile.
+  void Forget() { descriptor_ = -1; }
 
   int descriptor() const { return descriptor_; }
 
@@ -40,10 +41,10 @@ class MP_StreamWriter : public MP_StreamCore {
   int VPrintf(const char* format, va_list args);
 
  private:
-  std::int64_t Transfer(const char* data, std::size_t size);
+  std::int64_t Transfer(int descriptor, const char* data, std::size_t size);
 
   StreamKind kind_ = StreamKind::kFile;
-  int descriptor_ = -1;
+  std::atomic<int> descriptor_{-1};
   bool pipe_ = false;  // a file that takes care
   char firstBlock_[kStreamCapacity + 1];
 };

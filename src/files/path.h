@@ -14,11 +14,17 @@ inline bool IsSeparator(char c) { return c == '/' || c == '\\'; }
 // "C:" and what follows.
 bool HasDrive(const char* path);
 
+// A path in two forms: as it is told, and as the system takes it.
+struct Path {
+  std::string text;
+  std::string system;
+};
+
 // The absolute form without ".", ".." and doubled separators, none at its end but that of the
 // root. A path with a drive, or of a network share, which begins with two backslashes, gets
 // backslashes; any other gets the separator of the system. Empty for null or empty; a
 // relative path stays one if the current directory cannot be told.
-std::string Normalise(const char* path);
+Path Normalise(const char* path);
 
 // The same for a host, as Kalvo_FileItem::GetRealPathName tells it. The text of `out`.
 const char* StoreNormalised(const char* path, Kalvo_String* out);

@@ -11,32 +11,28 @@
 
 namespace {
 
-// One walk. It has one directory open at a time, whatever the depth, and goes back through
-// "..", after which it makes sure that it stands where it came from: a directory that
-// somebody moves meanwhile ends the walk.
+// One walk. Whatever the depth, it has few directories open, and goes back through "..",
+// after which it makes sure that it stands where it came from. If somebody has moved the
+// directory meanwhile, what is left of that branch is given up.
 class Removal {
  public:
   Removal(const char* pattern, bool recursive, bool withDirectories)
       : wildcard_(pattern, false), recursive_(recursive), withDirectories_(withDirectories) {}
 
   // The number of files that matched.
-  int Run(platform::DirectoryHandle root) {
-    Enter(std::move(root), std::string());
+  int Run(platform::Directory* root) {
+    root_ = root;
+    directory_ = platform::directory_open_child(root, ".");
+    if (directory_ == nullptr) return 0;
+    Enter(std::string());
     while (!levels_.empty()) {
-      std::vector<std::string>& directories = levels_.back().directories;
-      if (directories.empty()) {
-        if (!Leave()) break;
+      if (levels_.back().directories.empty()) {
+        Leave();
         continue;
       }
-      const std::string name = std::move(directories.back());
-      directories.pop_back();
-      platform::DirectoryHandle child =
-          platform::directory_open_child(directory_.get(), name.c_str());
-      if (child != nullptr) {
-        Enter(std::move(child), name);
-      } else if (withDirectories_) {  // what cannot be read may be empty
-        platform::entry_remove_directory(directory_.get(), name.c_str());
-      }
+      const std::string name = std::move(levels_.back().directories.back());
+      levels_.back().directories.pop_back();
+      Descend(name);
     }
     return matched_;
   }
@@ -48,70 +44,111 @@ class Removal {
     std::vector<std::string> directories;  // still to be entered
   };
 
-  // Deletes the files of a directory, once all its names are known.
-  void Enter(platform::DirectoryHandle directory, const std::string& name) {
-    directory_ = std::move(directory);
+  void Descend(const std::string& name) {
+    platform::DirectoryHandle child =
+        platform::directory_open_child(directory_.get(), name.c_str());
+    // Where there is no way back, there is none further down either.
+    if (child != nullptr && platform::directory_open_parent(child.get()) != nullptr) {
+      directory_ = std::move(child);
+      Enter(name);
+      return;
+    }
+    if (child != nullptr) DeleteFiles(child.get());
+    Remove(name);  // what cannot be read may be empty
+  }
+
+  void Enter(const std::string& name) {
     Level level{name, platform::directory_identity(directory_.get()), {}};
+    level.directories = DeleteFiles(directory_.get());
+    levels_.push_back(std::move(level));
+  }
+
+  // Deletes the files of a directory, once all its names are known, and gives the directories
+  // that are to be entered.
+  std::vector<std::string> DeleteFiles(platform::Directory* directory) {
     std::vector<std::string> files;
+    std::vector<std::string> directories;
     platform::Entry entry;
-    while (platform::directory_next(directory_.get(), &entry)) {
+    while (platform::directory_next(directory, &entry)) {
       if (entry.kind == platform::EntryKind::kDirectory) {
-        if (recursive_) level.directories.push_back(std::move(entry.name));
+        if (recursive_) directories.push_back(std::move(entry.name));
       } else if (wildcard_.Matches(entry.name)) {
         files.push_back(std::move(entry.name));
       }
     }
     for (const std::string& file : files) {
-      platform::entry_remove_file(directory_.get(), file.c_str());
+      platform::entry_remove_file(directory, file.c_str());
       if (matched_ < INT_MAX) ++matched_;
     }
-    levels_.push_back(std::move(level));
+    return directories;
   }
 
-  bool Leave() {
+  void Leave() {
     const std::string name = std::move(levels_.back().name);
     levels_.pop_back();
-    if (levels_.empty()) return true;
+    if (levels_.empty()) return;
     platform::DirectoryHandle parent = platform::directory_open_parent(directory_.get());
-    if (parent == nullptr ||
-        !(platform::directory_identity(parent.get()) == levels_.back().identity)) {
-      return false;
+    if (parent != nullptr && IsAt(parent.get(), levels_.back())) {
+      directory_ = std::move(parent);
+      Remove(name);
+    } else {
+      FindBack();
     }
-    directory_ = std::move(parent);
+  }
+
+  // Goes down from the root as far as everything is where it was.
+  void FindBack() {
+    directory_ = platform::directory_open_child(root_, ".");
+    std::size_t depth = directory_ != nullptr ? 1 : 0;
+    while (depth > 0 && depth < levels_.size()) {
+      platform::DirectoryHandle next =
+          platform::directory_open_child(directory_.get(), levels_[depth].name.c_str());
+      if (next == nullptr || !IsAt(next.get(), levels_[depth])) break;
+      directory_ = std::move(next);
+      ++depth;
+    }
+    levels_.resize(depth);
+  }
+
+  static bool IsAt(platform::Directory* directory, const Level& level) {
+    return platform::directory_identity(directory) == level.identity;
+  }
+
+  void Remove(const std::string& name) {
     if (withDirectories_) platform::entry_remove_directory(directory_.get(), name.c_str());
-    return true;
   }
 
   const Wildcard wildcard_;
   const bool recursive_;
   const bool withDirectories_;
   int matched_ = 0;
+  platform::Directory* root_ = nullptr;
   platform::DirectoryHandle directory_;  // that of the last level
   std::vector<Level> levels_;
 };
 
-// Null also for the root of the file system, from which nothing is deleted.
-platform::DirectoryHandle OpenRoot(const std::string& normalised, bool follow) {
-  if (normalised.empty()) return nullptr;
-  platform::DirectoryHandle root =
-      platform::directory_open(platform::system_path(normalised.c_str()), follow);
-  if (root != nullptr && platform::directory_is_root(root.get())) return nullptr;
-  return root;
-}
-
 }  // namespace
 
 int DeleteMatchingFiles(const char* directory, const char* pattern, bool recursive) {
-  if (pattern == nullptr) return 0;
-  platform::DirectoryHandle root = OpenRoot(path::Normalise(directory), true);
-  if (root == nullptr) return 0;
-  return Removal(pattern, recursive, false).Run(std::move(root));
+  const std::string path = path::Normalise(directory).system;
+  if (pattern == nullptr || path.empty()) return 0;
+  const platform::DirectoryHandle root = platform::directory_open(path, true);
+  if (root == nullptr || platform::directory_is_root(root.get())) return 0;
+  return Removal(pattern, recursive, false).Run(root.get());
 }
 
 bool DeleteDirectoryTree(const char* directory) {
-  const std::string normalised = path::Normalise(directory);
-  platform::DirectoryHandle root = OpenRoot(normalised, false);
-  if (root == nullptr) return false;
-  Removal("*", true, true).Run(std::move(root));
-  return platform::directory_remove(platform::system_path(normalised.c_str()));
+  const std::string path = path::Normalise(directory).system;
+  if (path.empty()) return false;
+  const platform::DirectoryHandle root = platform::directory_open(path, false);
+  if (root == nullptr) return platform::directory_remove(path);  // it may be empty
+  if (platform::directory_is_root(root.get())) return false;
+  const platform::DirectoryHandle parent = platform::directory_open_parent(root.get());
+  if (parent == nullptr) return platform::directory_remove(path);
+  Removal("*", true, true).Run(root.get());
+  // By now the path may lead elsewhere.
+  const std::string name = path.substr(path.rfind(platform::kPathSeparator) + 1);
+  return platform::entry_identity(parent.get(), name.c_str()) ==
+             platform::directory_identity(root.get()) &&
+         platform::entry_remove_directory(parent.get(), name.c_str());
 }

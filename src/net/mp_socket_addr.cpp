@@ -55,11 +55,23 @@ void MP_SocketAddr::Take(const void* address, int length) {
   Reset();
   block_ = std::move(block);
   blockSize_ = size;
+  record_.ai_addr = reinterpret_cast<sockaddr*>(block_.get());
+  TakeFamily();
+  record_.ai_addrlen = static_cast<socklen_t>(given);
+  ReInit();
+}
+
+void MP_SocketAddr::TakeFamily() {
   std::uint16_t family = 0;
   std::memcpy(&family, block_.get(), sizeof(family));
   record_.ai_family = family;
-  record_.ai_addr = reinterpret_cast<sockaddr*>(block_.get());
-  SetLength(given);
+}
+
+void MP_SocketAddr::Written(int length) {
+  if (length < 1) return;
+  TakeFamily();
+  record_.ai_addrlen = static_cast<socklen_t>(length);
+  text_[0] = '\0';
   ReInit();
 }
 

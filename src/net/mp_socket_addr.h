@@ -33,9 +33,12 @@ class MP_SocketAddr {
   char* bytes() { return block_.get(); }
   int room() const { return blockSize_; }
   int length() const;
-  void SetLength(int length) { record_.ai_addrlen = static_cast<socklen_t>(length); }
+
+  // Somebody wrote an address of `length` bytes, of whatever family; 0 if none.
+  void Written(int length);
 
  private:
+  void TakeFamily();
   static bool SameHost(const addrinfo& a, const addrinfo& b);
 
   addrinfo record_ = {};

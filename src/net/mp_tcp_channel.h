@@ -26,7 +26,8 @@ class MP_TcpChannel {
     writer.Detach();
   }
 
-  // For a socket that is closed already. What is unread can still be read.
+  // For a socket that is being closed, beside threads that read and write. What is unread can
+  // still be read.
   void Forget() {
     reader.Forget();
     writer.Forget();

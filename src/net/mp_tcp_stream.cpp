@@ -5,7 +5,10 @@
 MP_TcpStream::MP_TcpStream() { platform::sockets_start(); }
 
 int MP_TcpStream::Connect(const char* host, int port) {
-  if (host == nullptr) return -1;
+  if (host == nullptr) {
+    platform::set_socket_error(platform::kSocketInvalid);
+    return -1;
+  }
   MP_SocketAddr& peer = MP_SocketAddr::Of(peerAddr);
   if (connected_) {
     if (peer.IsSameHost(host) && port == peer.port()) return 1;
@@ -30,6 +33,7 @@ void MP_TcpStream::DisConnect() {
   socket_ = -1;
   connected_ = false;
   ownsSocket_ = false;
+  closed_ = false;
 }
 
 void MP_TcpStream::Attach(int socket) {
@@ -56,13 +60,15 @@ void MP_TcpStream::Attach(int socket) {
 }
 
 // The number of a closed socket may soon be another's: neither reader nor writer uses it any
-// more, and it is not closed a second time.
+// more, and it is not closed a second time. A thread that waits in one of them is woken.
 void MP_TcpStream::CloseSocket(int socket) {
-  const int closing = socket == -1 ? socket_ : socket;
+  const int closing = socket == -1 && !closed_ ? socket_ : socket;
   if (closing < 0) return;
   if (closing == socket_) {
-    channel_.Forget();
+    closed_ = true;
     ownsSocket_ = false;
+    channel_.Forget();
+    platform::socket_shutdown(closing);
   }
   net::Close(closing);
 }

@@ -32,6 +32,7 @@ class MP_TcpStream {
  private:
   bool connected_ = false;
   bool ownsSocket_ = false;
+  bool closed_ = false;  // by CloseSocket
   int socket_ = -1;
   MP_TcpChannel channel_;
 };

@@ -25,8 +25,7 @@ int InvalidLength() {
 bool TakeAddress(int (*call)(int, void*, int*), int socket, MP_SocketAddr* address) {
   int length = address->room();
   if (call(socket, address->bytes(), &length) != 0) return false;
-  address->SetLength(length);
-  address->ReInit();
+  address->Written(length);
   return true;
 }
 
@@ -63,7 +62,7 @@ int TryConnect(MP_SocketAddr* address, int socket) {
 }
 
 int Wait(int socket, int timeoutMs, int mode) {
-  return platform::descriptor_wait(
+  return platform::descriptor_wait_or_exception(
       socket, mode == 1 ? platform::WaitFor::kWriting : platform::WaitFor::kReading,
       timeoutMs < 0 ? platform::kNoLimit : static_cast<std::uint32_t>(timeoutMs));
 }
@@ -82,26 +81,29 @@ int SendTo(int socket, MP_SocketAddr* to, const void* data, int length) {
 
 int Receive(int socket, MP_String* into, int length) {
   if (into == nullptr || length < 0) return InvalidLength();
-  into->Resize(length, '\0');
-  const int room = into->Length();  // less if there is no memory for all of it
-  if (room == 0) return length == 0 ? 0 : InvalidLength();
+  into->Truncate(0);
+  if (length > 0 && into->Reserve(length) < 0) return InvalidLength();
   const std::int64_t n =
-      platform::socket_receive(socket, into->End() - room, static_cast<std::size_t>(room));
-  if (n >= 0) into->Truncate(static_cast<int>(n));
+      platform::socket_receive_message(socket, into->End(), static_cast<std::size_t>(length));
+  if (n >= 0) {
+    into->Commit(static_cast<int>(n));
+  } else {
+    into->Resize(length, '\0');
+  }
   return Count(n);
 }
 
 int ReceiveFrom(int socket, MP_String* into, MP_SocketAddr* from) {
   if (!Usable(from)) return -1;
-  if (into == nullptr) return InvalidLength();
-  char datagram[kLargestDatagram];
+  if (into == nullptr || into->Reserve(kLargestDatagram) < 0) return InvalidLength();
   int length = from->room();
   const std::int64_t n =
-      platform::socket_receive_from(socket, datagram, sizeof(datagram), from->bytes(), &length);
+      platform::socket_receive_from(socket, into->End(), kLargestDatagram, from->bytes(), &length);
   if (n < 0) return -1;
-  into->Assign(datagram, static_cast<int>(n));
-  from->SetLength(length);
-  from->ReInit();
+  const int before = into->Length();
+  into->Commit(static_cast<int>(n));
+  into->Delete(0, before);
+  from->Written(length);
   return Count(n);
 }
 
@@ -120,8 +122,7 @@ bool FindRoute(MP_SocketAddr* to, MP_SocketAddr* local) {
   if (socket < 0) return false;
   *local = *to;
   local->SetPort(0);
-  platform::socket_connect(socket, to->bytes(), to->length());
-  TakeName(socket, local);
+  if (platform::socket_connect(socket, to->bytes(), to->length()) == 0) TakeName(socket, local);
   platform::socket_close(socket);
   return true;
 }

@@ -22,7 +22,8 @@ using DirectoryHandle = std::unique_ptr<Directory, DirectoryCloser>;
 // Null if it cannot be opened. With `follow` false a link is not.
 DirectoryHandle directory_open(const std::string& path, bool follow);
 
-// A directory in this one, never through a link; and the one that this one lies in.
+// A directory in this one, never through a link, "." being this one again; and the one that
+// this one lies in.
 DirectoryHandle directory_open_child(Directory* directory, const char* name);
 DirectoryHandle directory_open_parent(Directory* directory);
 
@@ -45,6 +46,9 @@ bool entry_remove_file(Directory* directory, const char* name);
 bool entry_remove_directory(Directory* directory, const char* name);
 
 FileIdentity directory_identity(Directory* directory);
+
+// Of a link, the link. All zero if there is no such entry.
+FileIdentity entry_identity(Directory* directory, const char* name);
 
 // Whether it is where the file system begins, by whatever path it was opened.
 bool directory_is_root(Directory* directory);

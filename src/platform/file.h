@@ -43,6 +43,7 @@ inline bool operator==(const FileIdentity& a, const FileIdentity& b) {
 
 struct FileStatus {
   bool directory = false;
+  bool regular = false;  // holds bytes, unlike devices and pipes
   int permissions = 0;
   std::int64_t size = 0;      // in bytes
   std::int64_t accessed = 0;  // these three in seconds since 1970
@@ -55,6 +56,11 @@ struct FileStatus {
 bool file_status(const std::string& path, FileStatus* status);
 
 bool file_exists(const std::string& path);
+
+bool is_link(const std::string& path);
+
+// The path without links; empty if it leads nowhere.
+std::string resolve_links(const std::string& path);
 
 // The size of the volume that holds `path`, and what is free on it, in bytes.
 bool volume_space(const std::string& path, std::uint64_t* total, std::uint64_t* free);
@@ -97,7 +103,7 @@ bool directory_make(const std::string& path);
 bool file_rename(const std::string& from, const std::string& to);
 bool file_remove(const std::string& path);
 
-// An empty directory, or a link to a directory.
+// An empty directory, and nothing else.
 bool directory_remove(const std::string& path);
 
 // --- Failures -------------------------------------------------------------------------

@@ -49,13 +49,17 @@ void parse_internet_address(const char* text, char* bytes);
 
 enum class SocketType { kStream, kDatagram };
 
-// These give -1 on failure.
+// These give -1 on failure. The number of a new socket is above those of the standard
+// streams.
 int socket_open(int family, SocketType type);
 int socket_close(int socket);
 int socket_bind(int socket, const void* address, int length);
 
 // Waits until a blocking socket is connected, whatever signals arrive.
 int socket_connect(int socket, const void* address, int length);
+
+// Ends the connection both ways, also for threads that wait on it.
+void socket_shutdown(int socket);
 
 // The other side's address, and the own. `length` is the room, and then the length.
 int socket_peer(int socket, void* address, int* length);
@@ -69,6 +73,10 @@ int socket_set_blocking(int socket, bool blocking);
 // The number of bytes, 0 for a stream that has ended, kTransferWouldBlock or
 // kTransferFailed.
 std::int64_t socket_receive(int socket, char* buffer, std::size_t size);
+
+// The same for what may be datagrams: one that is larger than `size` fails, with its first
+// bytes received. With a `size` of 0 it does not wait.
+std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size);
 std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
                                  int* length);
 std::int64_t socket_send(int socket, const void* data, std::size_t size);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -28,7 +29,7 @@ TEST(FileCopy, Modes) {
   const support::Folder folder;
   const long before = support::OpenDescriptors();
   const std::string source = folder.Write("source", std::string(10000, 's') + "\n");
-  chmod(source.c_str(), 0640);
+  chmod(source.c_str(), 06640);  // the owner's identity is not for copies
   const std::string copy = folder.Path("new/place/copy");
   EXPECT_EQ(Copy(folder.Path("none"), folder.Path("made/copy"), 1), -9);
   EXPECT_TRUE(fs::is_directory(folder.Path("made")));
@@ -36,7 +37,7 @@ TEST(FileCopy, Modes) {
   EXPECT_EQ(Content(copy), Content(source));
   struct stat status;
   stat(copy.c_str(), &status);
-  EXPECT_EQ(status.st_mode & 0777u, 0640u);
+  EXPECT_EQ(status.st_mode & 07777u, 0640u);
   folder.Write("new/place/copy", "old");
   EXPECT_EQ(Copy(source, copy, 0), -1);
   EXPECT_EQ(Content(copy), "old");
@@ -75,6 +76,20 @@ TEST(FileCopy, ShortCopiesDoNotStay) {
   EXPECT_EQ(Copy(folder.Path("dir"), folder.Path("log"), 1), -2);
   EXPECT_EQ(Rename(folder.Path("dir"), folder.Path("log"), 2), -5);
   EXPECT_EQ(Content(folder.Path("log")), "before");
+  // A link stays, the half copy behind it does not; a device and a pipe are no copies.
+  folder.Write("target", "");
+  fs::create_symlink("target", folder.Path("link"));
+  EXPECT_EQ(Copy("/proc/self/status", folder.Path("link"), 1), -2);
+  EXPECT_FALSE(fs::exists(folder.Path("target")));
+  EXPECT_TRUE(fs::is_symlink(folder.Path("link")));
+  mkfifo(folder.Path("pipe").c_str(), 0600);
+  EXPECT_EQ(Rename(folder.Path("log"), folder.Path("pipe"), 2), -5);
+  EXPECT_EQ(Content(folder.Path("log")), "before");
+  if (mknod(folder.Path("full").c_str(), S_IFCHR | 0600, makedev(1, 7)) == 0) {
+    EXPECT_EQ(Copy(folder.Path("log"), folder.Path("full"), 1), -2);
+    EXPECT_TRUE(fs::exists(folder.Path("full")));
+    EXPECT_EQ(Copy("/dev/zero", folder.Path("zeros"), 0), -2);
+  }
   EXPECT_EQ(Copy(folder.Path("log"), folder.Path("dir"), 1), -2);
   EXPECT_TRUE(fs::is_directory(folder.Path("dir/in")));
 }
@@ -102,6 +117,8 @@ TEST(FileRename, Modes) {
   EXPECT_FALSE(fs::exists(source));
   folder.Write("source", "kept");
   fs::create_directories(folder.Path("dir/in"));
+  fs::create_symlink("source", folder.Path("link"));
+  EXPECT_EQ(Rename(folder.Path("link"), folder.Path("dir/link"), 0), 4);  // dangles there
   EXPECT_EQ(Rename(source, folder.Path("dir"), 1), -2);
   EXPECT_EQ(Rename(source, folder.Path("source/below"), 0), -3);
   EXPECT_EQ(Content(source), "kept");

@@ -108,6 +108,13 @@ TEST(FileItem, DeletesLinksNotWhatTheyPointTo) {
   stat(folder.Path("dir").c_str(), &status);
   EXPECT_EQ(status.st_mode & 0777u, 0555u);
   chmod(folder.Path("dir").c_str(), 0755);
+  Kalvo_FileItem replaced;
+  std::filesystem::create_directory(folder.Path("replaced"));
+  replaced.AttachFile(folder.Path("replaced").c_str());
+  std::filesystem::remove(folder.Path("replaced"));
+  folder.Write("replaced", "a file now");
+  replaced.Delete();  // it was a directory
+  EXPECT_EQ(support::Content(folder.Path("replaced")), "a file now");
   Kalvo_FileItem dir;
   dir.AttachFile(folder.Path("dir").c_str());
   dir.Delete();  // it is not empty

@@ -6,11 +6,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
+#include <set>
 #include <string>
+#include <thread>
 
 #include "kalvobase/file.h"
 #include "support/folder.h"
+#include "support/processes.h"
 
 namespace {
 
@@ -93,15 +97,87 @@ TEST(Removal, WhatIsRefused) {
   fs::create_directory(folder.Path("empty"));
   EXPECT_EQ(Kalvo_FileItem::DeleteTree(folder.Path("empty").c_str()), 1);
 
-  // A relative path means nothing once the current directory is gone.
+  // Nothing is taken for absolute when the current directory cannot be told.
   fs::create_directory(folder.Path("here"));
   ASSERT_EQ(chdir(folder.Path("here").c_str()), 0);
   fs::remove(folder.Path("here"));
-  for (const char* path : {"tmp", ".", "..", "../target"}) {
-    EXPECT_EQ(Kalvo_FileItem::DeleteTree(path), 0);
-  }
-  ASSERT_EQ(chdir("/"), 0);
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree("tmp"), 0);
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree("."), 0);
   EXPECT_TRUE(fs::is_directory(folder.Path("target")));
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree("../target"), 1);
+  EXPECT_FALSE(fs::exists(folder.Path("target")));
+
+  // A link that looks like a drive.
+  ASSERT_EQ(chdir(folder.Path().c_str()), 0);
+  folder.Write("target/file", "kept");
+  fs::create_directory_symlink("target", folder.Path("C:"));
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree("C:"), 0);
+  EXPECT_EQ(support::Content(folder.Path("target/file")), "kept");
+
+  // What the current directory is called is its own affair.
+  folder.Write("a\\b/sub/file", "mine");
+  folder.Write("a/b/sub/file", "theirs");
+  ASSERT_EQ(chdir(folder.Path("a\\b").c_str()), 0);
+  Kalvo_FindFiles found;
+  EXPECT_EQ(found.Find("sub\\*"), 1u);
+  EXPECT_STREQ(found.FindFirst()->GetFullPathName2(), folder.Path("a\\b/sub/file").c_str());
+  Kalvo_FileItem item;
+  item.AttachFile("sub/file");
+  item.Delete();
+  EXPECT_EQ(Kalvo_FileItem::DeleteTree("sub"), 1);
+  EXPECT_EQ(support::Content(folder.Path("a/b/sub/file")), "theirs");
+  ASSERT_EQ(chdir("/"), 0);
+}
+
+// Directories without rights cost what is in them, and nothing else.
+TEST(Removal, WithoutRights) {
+  const support::Folder folder;
+  chmod(folder.Path().c_str(), 0777);
+  support::Child child([&folder](support::Child&) {
+    if (setgid(65534) != 0 || setuid(65534) != 0) _exit(77);
+    for (int i = 0; i < 8; ++i) folder.Write("tree/" + std::to_string(i) + "/f.tmp", "");
+    chmod(folder.Path("tree/3").c_str(), 0444);
+    if (Kalvo_FileItem::DeleteFiles(folder.Path("tree").c_str(), "*.tmp", 1) != 8) _exit(1);
+    if (Kalvo_FileItem::DeleteTree(folder.Path("tree").c_str()) != 0) _exit(2);
+    chmod(folder.Path("tree/3").c_str(), 0777);
+    if (support::Names(folder.Path("tree")) != std::set<std::string>{"3"}) _exit(3);
+    if (support::Names(folder.Path("tree/3")) != std::set<std::string>{"f.tmp"}) _exit(4);
+    mkdir(folder.Path("empty").c_str(), 0);
+    if (Kalvo_FileItem::DeleteTree(folder.Path("empty").c_str()) != 1) _exit(5);
+  });
+  const int result = child.Join();
+  if (result == 77) GTEST_SKIP() << "no right to become somebody without rights";
+  EXPECT_EQ(result, 0);
+}
+
+// The tree is shuffled while it is deleted: what was moved within it may stay, what is outside
+// must.
+TEST(Removal, OfATreeThatChanges) {
+  const support::Folder folder;
+  folder.Write("outside/kept", "kept");
+  std::atomic<bool> done{false};
+  std::thread shuffler([&] {
+    for (int i = 0; !done; ++i) {
+      const std::string a = folder.Path("tree/" + std::to_string(i % 10));
+      std::error_code ignored;
+      fs::rename(a, a + "/../moved", ignored);
+      fs::create_directory_symlink(folder.Path("outside"), a, ignored);
+      fs::rename(folder.Path("tree"), folder.Path("tree2"), ignored);
+      fs::rename(folder.Path("tree2"), folder.Path("tree"), ignored);
+    }
+  });
+  for (int round = 0; round < 50; ++round) {
+    for (int i = 0; i < 100; ++i) {
+      std::error_code ignored;
+      fs::create_directories(folder.Path("tree/" + std::to_string(i % 10) + "/below"), ignored);
+      close(open(folder.Path("tree/" + std::to_string(i % 10) + "/" + std::to_string(i)).c_str(),
+                 O_CREAT | O_WRONLY | O_NOFOLLOW, 0644));
+    }
+    Kalvo_FileItem::DeleteTree(folder.Path("tree").c_str());
+  }
+  done = true;
+  shuffler.join();
+  EXPECT_EQ(support::Content(folder.Path("outside/kept")), "kept");
 }
 
 TEST(Removal, DeepTreesAndWideDirectories) {

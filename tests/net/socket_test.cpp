@@ -11,6 +11,7 @@
 #include <sys/resource.h>
 
 #include <cerrno>
+#include <climits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,6 +29,8 @@ using support::Listener;
 TEST(SocketAddr, Resolving) {
   Kalvo_SocketAddr empty;
   EXPECT_EQ(empty.GetInfo(), nullptr);
+  EXPECT_EQ(empty.Init(nullptr, 8000), 1);
+  empty.Reset();
   EXPECT_STREQ(empty.GetAddr(), "");
   EXPECT_EQ(empty.GetPort(), 0);
   EXPECT_EQ(empty.IsSameAddr("127.0.0.1"), 0);
@@ -96,6 +99,10 @@ TEST(SocketAddr, RawBytes) {
 }
 
 TEST(Socket, ErrorsHaveTheNumbersOfWinsock) {
+  for (const int code : {INT_MIN, INT_MAX, -1 - (1 << 24), 1 << 24}) {
+    Kalvo_SOCK_SetLastError(code);
+    EXPECT_EQ(Kalvo_SOCK_GetLastError(), code);
+  }
   for (int code = -3; code < 200; ++code) {
     Kalvo_SOCK_SetLastError(code);
     ASSERT_EQ(Kalvo_SOCK_GetLastError(), code);
@@ -208,13 +215,17 @@ TEST(Socket, Datagrams) {
   ASSERT_EQ(Kalvo_SOCK_Send(b, &ofA, "", 0), 0);
   EXPECT_EQ(Kalvo_SOCK_RecvFrom(a, &into, &from), 65507);
   EXPECT_EQ(into.length(), 65507u);
-  from.Init("0.0.0.0", 0);
+  EXPECT_STREQ(from.GetAddr(), "127.0.0.1");  // whatever it was made for
   EXPECT_EQ(Kalvo_SOCK_RecvFrom(a, &into, &from), 0);
   EXPECT_EQ(into.length(), 0u);
   EXPECT_STREQ(from.GetAddr(), "127.0.0.1");
   EXPECT_NE(from.GetPort(), 0);
   EXPECT_EQ(Kalvo_SOCK_Send(a, &from, "back", 4), 4);
   EXPECT_EQ(Kalvo_SOCK_Wait(b, 5000, 0), 1);
+  EXPECT_EQ(Kalvo_SOCK_Read(b, &into, 3), -1);  // it is larger
+  EXPECT_EQ(Kalvo_SOCK_GetLastError(), 10040);
+  EXPECT_EQ(into.length(), 3u);
+  EXPECT_EQ(Kalvo_SOCK_Read(b, &into, 0), 0);  // nothing waits
   for (Kalvo_SocketAddr* none : {static_cast<Kalvo_SocketAddr*>(nullptr), new Kalvo_SocketAddr}) {
     EXPECT_EQ(Kalvo_SOCK_Send(a, none, "x", 1), -1);
     EXPECT_EQ(Kalvo_SOCK_OpenUdpForAddr(none, 1), -1);
@@ -226,6 +237,11 @@ TEST(Socket, Datagrams) {
   Kalvo_SOCK_Close(a);
   Kalvo_SOCK_Close(b);
 
+  Kalvo_SocketAddr nowhere;
+  nowhere.Init("255.255.255.255", 9);
+  EXPECT_EQ(Kalvo_GetRoutingInf(&nowhere, &from), 1);
+  EXPECT_STREQ(from.GetAddr(), "255.255.255.255");
+  EXPECT_EQ(from.GetPort(), 0);
   for (const char* host : {"127.0.0.1", "::1"}) {
     Kalvo_SocketAddr to;
     to.Init(host, 9);

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "support/folder.h"
+#include "support/processes.h"
 #include "support/sockets.h"
 
 namespace {
@@ -149,6 +150,7 @@ TEST(TcpStream, WhoseSocketItIs) {
   ASSERT_EQ(taken, client);
   stream.Write("not theirs", -1);
   EXPECT_EQ(stream.Write(), -1);
+  stream.CloseSocket(-1);
   stream.DisConnect();
   EXPECT_TRUE(isOpen(taken));
   stream.CloseSocket(-1);
@@ -163,6 +165,36 @@ TEST(TcpStream, WhoseSocketItIs) {
   close(own);
   EXPECT_EQ(ReadAll(server), "x");
   close(server);
+}
+
+// Closing the socket ends a read in another thread, and the other side learns of it.
+TEST(TcpStream, ClosingBesideARead) {
+  Listener listener;
+  Kalvo_TcpStream stream;
+  ASSERT_GT(stream.Connect("127.0.0.1", listener.port()), 1);
+  const int accepted = listener.Accept();
+  std::thread reader([&stream] {
+    int value = 0;
+    EXPECT_EQ(stream.Read(value), -1);
+  });
+  usleep(50000);  // so that it waits, most probably
+  stream.CloseSocket(-1);
+  reader.join();
+  EXPECT_EQ(ReadAll(accepted), "");
+  close(accepted);
+}
+
+// Sockets keep off the numbers of the standard streams, one of which would mean something else.
+TEST(TcpStream, NeverHasANumberOfTheStandardStreams) {
+  Listener listener;
+  const int port = listener.port();
+  support::Child child([port](support::Child&) {
+    close(0);
+    close(1);
+    Kalvo_TcpStream stream;
+    if (stream.Connect("127.0.0.1", port) < 3) _exit(1);
+  });
+  EXPECT_EQ(child.Join(), 0);
 }
 
 // One thread writes and one reads, against a thread that sends all back.

@@ -9,13 +9,14 @@
 
 namespace platform {
 
-int descriptor_wait(int descriptor, WaitFor what, std::uint32_t ms) {
+namespace {
+
+int Wait(int descriptor, short events, std::uint32_t ms) {
   if (descriptor < 0) {
     errno = EBADF;
     return -1;
   }
-  const bool reading = what == WaitFor::kReading;
-  pollfd poll = {descriptor, static_cast<short>((reading ? POLLIN : POLLOUT) | POLLPRI), 0};
+  pollfd poll = {descriptor, events, 0};
   const bool limited = ms != kNoLimit;
   const timespec deadline = deadline_after(limited ? ms : 0);
   for (;;) {
@@ -32,6 +33,18 @@ int descriptor_wait(int descriptor, WaitFor what, std::uint32_t ms) {
     const int exceptional = (poll.revents & POLLPRI) != 0 ? 1 : 0;
     return exceptional + ((poll.revents & ~POLLPRI) != 0 ? 1 : 0);
   }
+}
+
+short EventsOf(WaitFor what) { return what == WaitFor::kReading ? POLLIN : POLLOUT; }
+
+}  // namespace
+
+int descriptor_wait(int descriptor, WaitFor what, std::uint32_t ms) {
+  return Wait(descriptor, EventsOf(what), ms);
+}
+
+int descriptor_wait_or_exception(int descriptor, WaitFor what, std::uint32_t ms) {
+  return Wait(descriptor, static_cast<short>(EventsOf(what) | POLLPRI), ms);
 }
 
 bool descriptor_is_open(int descriptor) { return fcntl(descriptor, F_GETFD) != -1; }

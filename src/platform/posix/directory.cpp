@@ -82,6 +82,12 @@ FileIdentity directory_identity(Directory* directory) {
   return status.identity;
 }
 
+FileIdentity entry_identity(Directory* directory, const char* name) {
+  FileStatus status;
+  status_at(Descriptor(directory), name, AT_SYMLINK_NOFOLLOW, &status);
+  return status.identity;
+}
+
 bool directory_is_root(Directory* directory) {
   FileStatus root;
   return file_status("/", &root) && directory_identity(directory) == root.identity;

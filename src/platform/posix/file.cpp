@@ -6,6 +6,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -80,6 +81,16 @@ bool file_status(const std::string& path, FileStatus* status) {
 
 bool file_exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
+bool is_link(const std::string& path) {
+  struct stat status;
+  return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+std::string resolve_links(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), free);
+  return resolved != nullptr ? resolved.get() : std::string();
+}
+
 bool volume_space(const std::string& path, std::uint64_t* total, std::uint64_t* free) {
   struct statvfs volume;
   if (statvfs(path.c_str(), &volume) != 0) return false;
@@ -152,10 +163,7 @@ bool file_rename(const std::string& from, const std::string& to) {
 
 bool file_remove(const std::string& path) { return unlink(path.c_str()) == 0; }
 
-bool directory_remove(const std::string& path) {
-  if (rmdir(path.c_str()) == 0) return true;
-  return errno == ENOTDIR && unlink(path.c_str()) == 0;
-}
+bool directory_remove(const std::string& path) { return rmdir(path.c_str()) == 0; }
 
 int last_file_error() { return errno; }
 

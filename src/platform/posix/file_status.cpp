@@ -8,13 +8,14 @@
 namespace platform {
 namespace {
 
-constexpr unsigned kPermissions = 07777;
+constexpr unsigned kPermissions = 0777;
 
 // Where the kernel, or a sandbox, has no statx.
 bool OldStatusAt(int directory, const char* name, int flags, FileStatus* status) {
   struct stat old;
   if (fstatat(directory, name, &old, flags) != 0) return false;
   status->directory = S_ISDIR(old.st_mode);
+  status->regular = S_ISREG(old.st_mode);
   status->permissions = static_cast<int>(old.st_mode & kPermissions);
   status->size = old.st_size;
   status->accessed = old.st_atime;
@@ -32,6 +33,7 @@ bool status_at(int directory, const char* name, int flags, FileStatus* status) {
     return (errno == ENOSYS || errno == EPERM) && OldStatusAt(directory, name, flags, status);
   }
   status->directory = S_ISDIR(now.stx_mode);
+  status->regular = S_ISREG(now.stx_mode);
   status->permissions = static_cast<int>(now.stx_mode & kPermissions);
   status->size = static_cast<std::int64_t>(now.stx_size);
   status->accessed = now.stx_atime.tv_sec;

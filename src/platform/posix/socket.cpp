@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <errno.h>
+#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -90,7 +91,11 @@ void parse_internet_address(const char* text, char* bytes) {
 
 int socket_open(int family, SocketType type) {
   const int systemType = type == SocketType::kStream ? SOCK_STREAM : SOCK_DGRAM;
-  return socket(family, systemType | SOCK_CLOEXEC, 0);
+  const int made = socket(family, systemType | SOCK_CLOEXEC, 0);
+  if (made < 0 || made > STDERR_FILENO) return made;
+  const int moved = fcntl(made, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  close(made);
+  return moved;
 }
 
 int socket_close(int socket) { return close(socket); }
@@ -100,9 +105,19 @@ int socket_bind(int socket, const void* address, int length) {
 }
 
 int socket_connect(int socket, const void* address, int length) {
-  const int result = connect(socket, Address(address), static_cast<socklen_t>(length));
-  return result < 0 && errno == EINTR ? FinishConnect(socket) : result;
+  for (;;) {
+    const int result = connect(socket, Address(address), static_cast<socklen_t>(length));
+    if (result == 0 || errno != EINTR) return result;
+    if (FinishConnect(socket) != 0) return -1;
+    sockaddr_storage peer;
+    socklen_t peerLength = sizeof(peer);
+    if (getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &peerLength) == 0) return 0;
+    if (errno != ENOTCONN) return -1;
+    // On a local socket the signal ended the attempt.
+  }
 }
+
+void socket_shutdown(int socket) { shutdown(socket, SHUT_RDWR); }
 
 int socket_peer(int socket, void* address, int* length) {
   return NameOf(getpeername, socket, address, length);
@@ -129,6 +144,19 @@ int socket_set_blocking(int socket, bool blocking) {
 
 std::int64_t socket_receive(int socket, char* buffer, std::size_t size) {
   return Transfer([=] { return recv(socket, buffer, size, 0); });
+}
+
+std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size) {
+  iovec piece = {buffer, size};
+  msghdr message = {};
+  message.msg_iov = &piece;
+  message.msg_iovlen = 1;
+  const std::int64_t n = Transfer(
+      [socket, &message, size] { return recvmsg(socket, &message, size == 0 ? MSG_DONTWAIT : 0); });
+  if (n == kTransferWouldBlock && size == 0) return 0;
+  if (n < 0 || (message.msg_flags & MSG_TRUNC) == 0) return n;
+  errno = EMSGSIZE;
+  return kTransferFailed;
 }
 
 std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,

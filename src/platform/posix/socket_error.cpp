@@ -21,15 +21,15 @@ constexpr Pair kPairs[] = {
     {EDESTADDRREQ, 10039}, {EMSGSIZE, 10040},        {EPROTOTYPE, 10041},
     {ENOPROTOOPT, 10042},  {EPROTONOSUPPORT, 10043}, {ESOCKTNOSUPPORT, 10044},
     {EOPNOTSUPP, 10045},   {EPFNOSUPPORT, 10046},    {EAFNOSUPPORT, 10047},
-    {EADDRINUSE, 10048},   {EADDRNOTAVAIL, 10049},   {ENETDOWN, 10050},
-    {ENETUNREACH, 10051},  {ENETRESET, 10052},       {ECONNABORTED, 10053},
-    {ECONNRESET, 10054},   {EPIPE, 10054},           {ENOBUFS, 10055},
-    {ENOMEM, 10055},       {EISCONN, 10056},         {ENOTCONN, 10057},
-    {ESHUTDOWN, 10058},    {ETOOMANYREFS, 10059},    {ETIMEDOUT, 10060},
-    {ECONNREFUSED, 10061}, {ELOOP, 10062},           {ENAMETOOLONG, 10063},
-    {EHOSTDOWN, 10064},    {EHOSTUNREACH, 10065},    {ENOTEMPTY, 10066},
-    {EUSERS, 10068},       {EDQUOT, 10069},          {ESTALE, 10070},
-    {EREMOTE, 10071},
+    {EADDRINUSE, 10048},   {EADDRNOTAVAIL, 10049},   {ENODEV, 10049},
+    {ENETDOWN, 10050},     {ENETUNREACH, 10051},     {ENETRESET, 10052},
+    {ECONNABORTED, 10053}, {ECONNRESET, 10054},      {EPIPE, 10054},
+    {ENOBUFS, 10055},      {ENOMEM, 10055},          {EISCONN, 10056},
+    {ENOTCONN, 10057},     {ESHUTDOWN, 10058},       {ETOOMANYREFS, 10059},
+    {ETIMEDOUT, 10060},    {ECONNREFUSED, 10061},    {ELOOP, 10062},
+    {ENAMETOOLONG, 10063}, {EHOSTDOWN, 10064},       {EHOSTUNREACH, 10065},
+    {ENONET, 10065},       {ENOTEMPTY, 10066},       {EUSERS, 10068},
+    {EDQUOT, 10069},       {ESTALE, 10070},          {EREMOTE, 10071},
 };
 
 // The one number that the thread has is the system's. A number of the host that would be
@@ -47,7 +47,7 @@ bool IsSystemNumber(int number) {
 
 int socket_error() {
   const int number = errno;
-  if (IsSystemNumber(number - kBeyond)) return number - kBeyond;
+  if (number > kBeyond && IsSystemNumber(number - kBeyond)) return number - kBeyond;
   for (const Pair& pair : kPairs) {
     if (pair.system == number) return pair.host;
   }
