@@ -31,12 +31,12 @@ void MP_StreamReader::SetSource(StreamKind kind, int orderFlag) {
 void MP_StreamReader::Attach(int descriptor) {
   SetUnread(block_, block_);
   nextReturn_ = nullptr;
-  descriptor_ = descriptor;
+  descriptor_.Set(descriptor);
 }
 
 // A socket that cannot even be waited for counts as a failed wait.
 int MP_StreamReader::FillBuffer() {
-  const int descriptor = descriptor_;
+  const int descriptor = descriptor_.Get();
   const int unread = RawRead();
   const bool closed =
       unread == -2 && kind_ == StreamKind::kSocket && !platform::descriptor_is_open(descriptor);
@@ -67,7 +67,8 @@ bool MP_StreamReader::MakeRoomBehind() {
 }
 
 int MP_StreamReader::RawRead() {
-  const int descriptor = descriptor_;
+  const StreamDescriptor::Use use(&descriptor_);
+  const int descriptor = use.number();
   if (descriptor < 0) return -1;
   nextReturn_ = nullptr;
   if (!MakeRoomBehind()) return -1;
@@ -80,7 +81,7 @@ int MP_StreamReader::RawRead() {
     platform::descriptor_wait(descriptor, platform::WaitFor::kReading, platform::kNoLimit);
   }
   if (n < 1) {
-    descriptor_ = -1;
+    descriptor_.Set(-1);
     return n == 0 ? 0 : -2;
   }
   limit += n;

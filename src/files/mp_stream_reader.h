@@ -3,9 +3,8 @@
 #ifndef KALVOBASE_SRC_FILES_MP_STREAM_READER_H_
 #define KALVOBASE_SRC_FILES_MP_STREAM_READER_H_
 
-#include <atomic>
-
 #include "files/mp_stream_core.h"
+#include "files/stream_descriptor.h"
 #include "files/stream_kind.h"
 #include "text/mp_string.h"
 
@@ -21,9 +20,10 @@ class MP_StreamReader : public MP_StreamCore {
   void Attach(int descriptor);
   void Detach() { Attach(-1); }
 
-  // Lets go of the descriptor alone: what is unread can still be read. The one operation that
-  // another thread may call meanwhile.
-  void Forget() { descriptor_ = -1; }
+  // For another thread, which closes the descriptor: Forget lets go of it alone, whatever is
+  // in the buffer, and WaitUntilUnused comes back when no transfer uses it any more.
+  void Forget() { descriptor_.Set(-1); }
+  void WaitUntilUnused() const { descriptor_.WaitUntilUnused(); }
 
   int FillBuffer() override;
 
@@ -45,7 +45,7 @@ class MP_StreamReader : public MP_StreamCore {
   bool TakePiece(char* pieceEnd, bool strip, int maxLength, int* count);
 
   StreamKind kind_ = StreamKind::kFile;
-  std::atomic<int> descriptor_;
+  StreamDescriptor descriptor_;
 
   // A line that lies whole in the block is given out where it is. Until the next one, what
   // fills the buffer goes to the other block.

@@ -18,7 +18,7 @@ void MP_StreamWriter::SetSink(StreamKind kind, int orderFlag) {
 
 void MP_StreamWriter::Attach(int descriptor) {
   Drop();
-  descriptor_ = descriptor;
+  descriptor_.Set(descriptor);
   pipe_ = kind_ == StreamKind::kFile && descriptor >= 0 && platform::file_is_pipe(descriptor);
 }
 
@@ -42,7 +42,8 @@ int MP_StreamWriter::DrainBuffer() {
   const char* from = block_;
   const char* const to = end;
   Drop();  // whatever comes of it
-  const int descriptor = descriptor_;
+  const StreamDescriptor::Use use(&descriptor_);
+  const int descriptor = use.number();
   if (descriptor < 0) return -1;
   while (from < to) {
     const std::int64_t n = Transfer(descriptor, from, static_cast<std::size_t>(to - from));
@@ -72,7 +73,7 @@ int MP_StreamWriter::Printf(const char* format, ...) {
 // A conversion that does not fit makes the buffer larger. So that it does not grow for ever,
 // one that has outgrown its first size is sent before more comes.
 int MP_StreamWriter::VPrintf(const char* format, va_list args) {
-  if (descriptor_ < 0) return -1;
+  if (descriptor_.Get() < 0) return -1;
   if (Length() >= kStreamCapacity && DrainBuffer() < 1) return -1;
   return text::Format(this, format, args);
 }

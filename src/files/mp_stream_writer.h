@@ -4,10 +4,10 @@
 #ifndef KALVOBASE_SRC_FILES_MP_STREAM_WRITER_H_
 #define KALVOBASE_SRC_FILES_MP_STREAM_WRITER_H_
 
-#include <atomic>
 #include <cstdarg>
 
 #include "files/mp_stream_core.h"
+#include "files/stream_descriptor.h"
 #include "files/stream_kind.h"
 
 // It owns no descriptor and closes none. What cannot be written is lost: there is no second
@@ -24,10 +24,12 @@ class MP_StreamWriter : public MP_StreamCore {
   // Flushes and lets go of the descriptor.
   void Detach();
 
-  // Lets go of the descriptor alone. The one operation that another thread may call meanwhile.
-  void Forget() { descriptor_ = -1; }
+  // For another thread, which closes the descriptor: Forget lets go of it alone, whatever is
+  // in the buffer, and WaitUntilUnused comes back when no transfer uses it any more.
+  void Forget() { descriptor_.Set(-1); }
+  void WaitUntilUnused() const { descriptor_.WaitUntilUnused(); }
 
-  int descriptor() const { return descriptor_; }
+  int descriptor() const { return descriptor_.Get(); }
 
   // Writes out what is in the buffer. The capacity, now free, or what DrainBuffer gave.
   int Flush();
@@ -44,7 +46,7 @@ class MP_StreamWriter : public MP_StreamCore {
   std::int64_t Transfer(int descriptor, const char* data, std::size_t size);
 
   StreamKind kind_ = StreamKind::kFile;
-  std::atomic<int> descriptor_{-1};
+  StreamDescriptor descriptor_;
   bool pipe_ = false;  // a file that takes care
   char firstBlock_[kStreamCapacity + 1];
 };

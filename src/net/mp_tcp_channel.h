@@ -32,6 +32,10 @@ class MP_TcpChannel {
     reader.Forget();
     writer.Forget();
   }
+  void WaitUntilUnused() const {
+    reader.WaitUntilUnused();
+    writer.WaitUntilUnused();
+  }
 
   MP_StreamReader reader;
   MP_StreamWriter writer;

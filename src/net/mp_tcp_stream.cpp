@@ -69,6 +69,7 @@ void MP_TcpStream::CloseSocket(int socket) {
     ownsSocket_ = false;
     channel_.Forget();
     platform::socket_shutdown(closing);
+    channel_.WaitUntilUnused();
   }
   net::Close(closing);
 }
