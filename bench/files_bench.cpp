@@ -18,30 +18,11 @@
 #include <vector>
 
 #include "duel.h"
+#include "folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// Where the files of all works lie, until the program ends.
-class Folder {
- public:
-  static std::string Path(const std::string& name) {
-    static const Folder folder;
-    return (folder.path_ / name).string();
-  }
-
- private:
-  Folder() : path_(fs::temp_directory_path() / ("kalvobase_bench." + std::to_string(getpid()))) {
-    fs::create_directories(path_);
-  }
-  ~Folder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-
-  fs::path path_;
-};
 
 // --- Lines ----------------------------------------------------------------------------
 

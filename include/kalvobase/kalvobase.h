@@ -8,6 +8,7 @@
 #include "kalvobase/exception.h"
 #include "kalvobase/file.h"
 #include "kalvobase/fsm.h"
+#include "kalvobase/ini.h"
 #include "kalvobase/lifecycle.h"
 #include "kalvobase/lock.h"
 #include "kalvobase/process.h"

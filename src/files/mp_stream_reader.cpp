@@ -109,6 +109,7 @@ const char* MP_StreamReader::ReadLine(bool strip, int maxLength) {
   }
   *lineEnd = '\0';
   const char* line = end;
+  lineLength_ = static_cast<int>(lineEnd - end);
   end = feed + 1;
   lineBlock_ = block_;
   return line;
@@ -117,15 +118,20 @@ const char* MP_StreamReader::ReadLine(bool strip, int maxLength) {
 const char* MP_StreamReader::CollectLine(bool strip, int maxLength) {
   line_.Clear();
   int count = 0;
-  for (;;) {
-    if (end == limit && Refill() < 1) return line_.Length() > 0 ? line_.Text() : nullptr;
+  for (bool ended = false; !ended;) {
+    if (end == limit && Refill() < 1) {
+      if (line_.Length() == 0) return nullptr;
+      break;
+    }
     char* const feed = FindByte(end, limit, '\n');
     if (!TakePiece(feed != nullptr ? feed : limit, strip, maxLength, &count)) return nullptr;
     if (feed == nullptr) continue;
     ++end;
     if (!strip) line_.Append("\n", 1);
-    return line_.Text();
+    ended = true;
   }
+  lineLength_ = line_.Length();
+  return line_.Text();
 }
 
 // Takes bytes without a line feed into the line. False behind the first that is too many, or

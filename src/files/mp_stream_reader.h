@@ -37,6 +37,9 @@ class MP_StreamReader : public MP_StreamCore {
   // rest can still be read. Good until the next call, whatever else is done to the reader.
   const char* ReadLine(bool strip, int maxLength);
 
+  // The length of the last line, zero bytes included.
+  int LineLength() const { return lineLength_; }
+
  private:
   bool MakeRoomBehind();
   void LeaveLine();
@@ -51,7 +54,8 @@ class MP_StreamReader : public MP_StreamCore {
   // fills the buffer goes to the other block.
   char* lineBlock_ = nullptr;   // where the last line lies; null if not in a block
   char* nextReturn_ = nullptr;  // the first CR behind `end`, or `limit`; null if unknown
-  MP_String line_;              // for all other lines
+  int lineLength_ = 0;
+  MP_String line_;  // for all other lines
   char blocks_[2][kStreamCapacity + 1];
 };
 

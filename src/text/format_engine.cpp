@@ -46,6 +46,11 @@ constexpr int kSimpleRoom = kSimpleDigits + kPlainSlack;
 class Engine {
  public:
   Engine(MP_StreamCore* core, va_list args) : core_(core), errno_(errno) { va_copy(args_, args); }
+  Engine(MP_StreamCore* core, va_list args, char separator, const std::function<bool()>& ended)
+      : Engine(core, args) {
+    separator_ = separator;
+    ended_ = &ended;
+  }
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
   ~Engine() { va_end(args_); }
@@ -84,6 +89,8 @@ class Engine {
   }
 
   MP_StreamCore* core_;
+  char separator_ = '\0';  // none
+  const std::function<bool()>* ended_ = nullptr;
   const int errno_;  // what %m tells, whatever our own calls do to errno
   va_list args_;
   std::int64_t total_ = 0;
@@ -157,7 +164,18 @@ const char* Engine::PutLiteral(const char* format) {
     ++total_;
     return format + 1;
   }
-  const auto isLiteral = [](char c) { return c != '\0' && c != '%' && c != '\n'; };
+  if (*format == separator_) {
+    if ((*ended_)()) {
+      PutBlock(format, 1);
+    } else {
+      failed_ = true;
+    }
+    return format + 1;
+  }
+  const char separator = separator_;
+  const auto isLiteral = [separator](char c) {
+    return c != '\0' && c != '%' && c != '\n' && c != separator;
+  };
   char* out = core_->End();
   const int room = core_->Room();
   int n = 0;
@@ -440,6 +458,11 @@ void Engine::Advance(std::int64_t n) {
 
 int Format(MP_StreamCore* core, const char* format, va_list args) {
   return format != nullptr ? Engine(core, args).Run(format) : 0;
+}
+
+int FormatSegments(MP_StreamCore* core, const char* format, va_list args, char separator,
+                   const std::function<bool()>& ended) {
+  return format != nullptr ? Engine(core, args, separator, ended).Run(format) : 0;
 }
 
 }  // namespace text

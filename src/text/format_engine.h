@@ -4,6 +4,7 @@
 #define KALVOBASE_SRC_TEXT_FORMAT_ENGINE_H_
 
 #include <cstdarg>
+#include <functional>
 
 #include "files/mp_stream_core.h"
 
@@ -14,6 +15,11 @@ namespace text {
 // of the format go through the core's line hook, those of the arguments do not. `args` is
 // left as it was. Neither format nor arguments may lie in the core's own buffer.
 int Format(MP_StreamCore* core, const char* format, va_list args);
+
+// The same, and `ended` is called for each byte `separator` of the format itself, before it is
+// stored. If it gives false the formatting ends there with -1.
+int FormatSegments(MP_StreamCore* core, const char* format, va_list args, char separator,
+                   const std::function<bool()>& ended);
 
 }  // namespace text
 

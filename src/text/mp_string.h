@@ -105,7 +105,6 @@ class MP_String : public MP_StreamCore {
   MP_String* Formatted(const char* format, va_list args);
   MP_String* FormattedDate(long stamp, const char* format);
   char* OpenGap(int position, int n);
-  std::int32_t ParseDigits(int bitsPerDigit);
 
   std::unique_ptr<MP_String> scratch_;  // where formatted texts are written first
   char quote_ = '\0';

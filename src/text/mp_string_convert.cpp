@@ -9,6 +9,7 @@
 #include "text/date_format.h"
 #include "text/format_engine.h"
 #include "text/mp_string.h"
+#include "text/number_text.h"
 #include "text/text_bytes.h"
 
 // --- Formatting ---------------------------------------------------------------------
@@ -58,37 +59,13 @@ void MP_String::AppendDate(long stamp, const char* format) {
 
 // Digits of 1 or 4 bits each behind an optional sign, wrapping at 32 bits. In hexadecimal
 // an 'x' starts the number anew, which skips the prefix of 0x1F.
-std::int32_t MP_String::ParseDigits(int bitsPerDigit) {
-  const char* c = Text();
-  const bool negative = *c == '-';
-  if (negative) ++c;
-  std::uint32_t value = 0;
-  for (;; ++c) {
-    const int lower = text::LowerAscii(static_cast<unsigned char>(*c));
-    int digit;
-    if (lower >= '0' && lower <= '9') {
-      digit = lower - '0';
-    } else if (lower >= 'a' && lower <= 'f') {
-      digit = lower - 'a' + 10;
-    } else if (lower == 'x' && bitsPerDigit == 4) {
-      value = 0;
-      continue;
-    } else {
-      break;
-    }
-    if (digit >= 1 << bitsPerDigit) break;
-    value = (value << bitsPerDigit) + static_cast<std::uint32_t>(digit);
-  }
-  return static_cast<std::int32_t>(negative ? 0 - value : value);
-}
-
 std::int32_t MP_String::ToInt(int base) {
   Trim();
   switch (base) {
     case 16:
-      return ParseDigits(4);
+      return text::ParseDigits(Text(), 4);
     case 2:
-      return ParseDigits(1);
+      return text::ParseDigits(Text(), 1);
     default:
       return static_cast<std::int32_t>(std::strtoll(Text(), nullptr, 10));
   }
@@ -98,24 +75,9 @@ double MP_String::ToFloat() { return std::strtod(Text(), nullptr); }
 
 char MP_String::ToChar() {
   const char* c = Text();
-  if (c[0] == '\\') {
-    switch (c[1]) {
-      case 'n':
-        return '\n';
-      case 'r':
-        return '\r';
-      case 't':
-        return '\t';
-      case '\\':
-        return '\\';
-      case '0':
-        return '\0';
-      default:
-        return ' ';
-    }
-  }
+  if (c[0] == '\\') return text::Unescape(c[1]);
   if (c[0] != '0') return static_cast<char>(std::strtoll(c, nullptr, 10));
-  return c[1] == 'x' || c[1] == 'X' ? static_cast<char>(ParseDigits(4)) : '0';
+  return c[1] == 'x' || c[1] == 'X' ? static_cast<char>(text::ParseDigits(c, 4)) : '0';
 }
 
 // --- Searching ----------------------------------------------------------------------

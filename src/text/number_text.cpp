@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "text/text_bytes.h"
+
 namespace text {
 namespace {
 
@@ -83,6 +85,46 @@ int FixedDigits(double value, int precision, char* out) {
   }
   std::memmove(out, begin, static_cast<std::size_t>(length));
   return length;
+}
+
+std::int32_t ParseDigits(const char* c, int bitsPerDigit) {
+  const bool negative = *c == '-';
+  if (negative) ++c;
+  std::uint32_t value = 0;
+  for (;; ++c) {
+    const int lower = LowerAscii(static_cast<unsigned char>(*c));
+    int digit;
+    if (lower >= '0' && lower <= '9') {
+      digit = lower - '0';
+    } else if (lower >= 'a' && lower <= 'f') {
+      digit = lower - 'a' + 10;
+    } else if (lower == 'x' && bitsPerDigit == 4) {
+      value = 0;
+      continue;
+    } else {
+      break;
+    }
+    if (digit >= 1 << bitsPerDigit) break;
+    value = (value << bitsPerDigit) + static_cast<std::uint32_t>(digit);
+  }
+  return static_cast<std::int32_t>(negative ? 0 - value : value);
+}
+
+char Unescape(char c) {
+  switch (c) {
+    case 'n':
+      return '\n';
+    case 'r':
+      return '\r';
+    case 't':
+      return '\t';
+    case '\\':
+      return '\\';
+    case '0':
+      return '\0';
+    default:
+      return ' ';
+  }
 }
 
 }  // namespace text

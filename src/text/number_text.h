@@ -25,6 +25,13 @@ constexpr int kMaxFixedDigits = kMaxIntegerDigits + 1 + kMaxFixedPrecision;
 // 2^63, or with bits below 2^-60.
 int FixedDigits(double value, int precision, char* out);
 
+// Reads binary or hexadecimal digits, 1 or 4 bits each, up to the first other byte. A leading
+// '-' counts, and an 'x' among hexadecimal digits starts the number anew.
+std::int32_t ParseDigits(const char* text, int bitsPerDigit);
+
+// The byte that a backslash and `c` stand for; a blank if they stand for none.
+char Unescape(char c);
+
 }  // namespace text
 
 #endif  // KALVOBASE_SRC_TEXT_NUMBER_TEXT_H_

@@ -1,0 +1,110 @@
+#include "config/ini_writer.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+// Sections that are nested deeper stand no further to the right: the indents of a document
+// would else be the square of its depth.
+constexpr int kDeepestIndent = 256;
+
+// A section whose children are being written, and the next of them.
+struct Level {
+  const MP_XIniSection* section;
+  std::size_t group = 0;
+  std::size_t index = 0;
+
+  const MP_XIniSection* Next() {
+    const auto& groups = section->groups();
+    if (group == groups.size()) return nullptr;
+    const auto& sections = groups[group]->sections;
+    const MP_XIniSection* next = sections[index].get();
+    if (++index == sections.size()) {
+      index = 0;
+      ++group;
+    }
+    return next;
+  }
+};
+
+}  // namespace
+
+void IniWriter::Write(const MP_XIniSection& top) {
+  WriteEntries(top);
+  std::vector<Level> levels = {{&top}};
+  const MP_XIniSection* child = levels.back().Next();
+  for (;;) {
+    if (child != nullptr) {
+      Open(*child);
+      WriteEntries(*child);
+      levels.push_back({child});
+      child = levels.back().Next();
+      continue;
+    }
+    const MP_XIniSection& done = *levels.back().section;
+    levels.pop_back();
+    if (levels.empty()) return;
+    child = levels.back().Next();
+    Close(done, child);
+  }
+}
+
+void IniWriter::Open(const MP_XIniSection& section) {
+  EndBlockComment();
+  const bool tag = section.form() == IniForm::kTag;
+  if (tag) PutIndent(section.depth());
+  Put(tag ? "<" : "[");
+  Put(section.name());
+  Put(tag ? "> " : "] ");
+  Put(section.openComment);
+  Put("\n");
+}
+
+void IniWriter::WriteEntries(const MP_XIniSection& section) {
+  const int depth = section.form() == IniForm::kTop ? 0 : section.depth() + 1;
+  for (const IniEntry* entry = section.entries.first(); entry != nullptr; entry = entry->next) {
+    if (!entry->IsKey()) {
+      const std::string_view begin = std::string_view(entry->text).substr(0, 2);
+      if (begin == (inBlockComment_ ? "*/" : "/*")) inBlockComment_ = !inBlockComment_;
+      Put(entry->text);
+      Put("\n");
+      continue;
+    }
+    EndBlockComment();
+    PutIndent(depth);
+    Put(entry->name);
+    Put(" = ");
+    const std::string_view quote(&entry->quote, entry->quote != '\0' ? 1 : 0);
+    Put(quote);
+    Put(entry->text);
+    Put(quote);
+    if (entry->tail) Put({entry->tail->c_str(), entry->tail->length()});
+    Put("\n");
+  }
+}
+
+// A [name] section needs no closing line, unless that has a comment, or what comes next would
+// become a part of it. Closing lines need no name, which may hold what would end the tag.
+void IniWriter::Close(const MP_XIniSection& section, const MP_XIniSection* next) {
+  const bool tag = section.form() == IniForm::kTag;
+  const bool needed =
+      tag || !section.closeComment.empty() || (next != nullptr && next->form() == IniForm::kTag);
+  if (!needed) return;
+  EndBlockComment();
+  if (tag) PutIndent(section.depth());
+  Put("</");
+  if (tag || section.name().find('>') == std::string::npos) Put(section.name());
+  Put("> ");
+  Put(section.closeComment);
+  Put("\n");
+}
+
+void IniWriter::PutIndent(int depth) { out_->PutRun('\t', std::min(depth, kDeepestIndent)); }
+
+// A block comment that was never closed stood at the end of the file that was read. What is
+// written behind it now must not become a part of it.
+void IniWriter::EndBlockComment() {
+  if (inBlockComment_) Put("*/\n");
+  inBlockComment_ = false;
+}
