@@ -1,7 +1,9 @@
 // The gateway's agent: watches the machine that it runs on.
 //
-//   agent [rounds [milliseconds between two rounds [file [host port]]]]
+//   agent [gateway.ini [host port]]
 //   agent --draw        prints the machine of its metrics for Graphviz
+//
+// The file tells what to watch, and how often. Host and port are those of a receiver.
 //
 // One thread takes samples and puts them in a queue; another takes them out, reads metrics
 // from them, which move through the states of a machine, sends them to a receiver if there is
@@ -18,6 +20,7 @@
 #include "machine.h"
 #include "metric.h"
 #include "sample.h"
+#include "settings.h"
 #include "uplink.h"
 #include "watch.h"
 
@@ -25,16 +28,11 @@ namespace {
 
 constexpr long kPatienceMs = 100;
 
-long Argument(int argc, char** argv, int i, long otherwise) {
-  const long value = i < argc ? Kalvo_String(argv[i]).ToInt(10) : 0;
-  return value > 0 ? value : otherwise;
-}
-
-void Produce(Kalvo_Queue* queue, Kalvo_Counter* taken, long rounds, unsigned long intervalMs) {
-  for (long round = 0; round < rounds; ++round) {
-    if (round > 0) Kalvo_Thread_Sleep(intervalMs);
+void Produce(Kalvo_Queue* queue, Kalvo_Counter* taken, const Settings& settings) {
+  for (int round = 0; round < settings.rounds; ++round) {
+    if (round > 0) Kalvo_Thread_Sleep(static_cast<unsigned long>(settings.intervalMs));
     Sample* sample = new Sample;
-    TakeSample(&sample->values);
+    TakeSample(settings.interfaces, &sample->values);
     queue->AddItemAtTail(sample);
     taken->Add(1);
   }
@@ -63,39 +61,41 @@ void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Watch* watch, Uplink* uplink
 
 int main(int argc, char** argv) {
   if (argc > 1 && Kalvo_String(argv[1]) == "--draw") {
-    DrawMachine();
+    DrawMachine(Limits());
     return 0;
   }
-  const long rounds = Argument(argc, argv, 1, 10);
-  const long intervalMs = Argument(argc, argv, 2, 100);
-  const char* path = argc > 3 ? argv[3] : "samples.form";
+  const char* ini = argc > 1 ? argv[1] : "gateway.ini";
+  Settings settings;
+  LoadSettings(ini, &settings);
+  Kalvo_String path(settings.logDirectory);
+  path.strcat("/samples.form");
 
   Kalvo_String program;
   Kalvo_GetExeBaseName(&program);
   Kalvo_String title;
   title.FormatDate(std::time(nullptr), "yyyy-mm-dd hh:mi:ss");
-  title.sprintf_append("  %s on %s: %d rounds, %d ms apart\n", program.c_str(),
-                       SystemName().c_str(), static_cast<int>(rounds),
-                       static_cast<int>(intervalMs));
+  title.sprintf_append("  %s on %s: run %d, %d rounds, %d ms apart\n", program.c_str(),
+                       SystemName().c_str(), CountRun(ini), settings.rounds, settings.intervalMs);
   std::puts(title.c_str());
 
-  Kalvo_FSMService machine;
-  if (!BuildMachine(&machine)) return 1;
-  Watch watch(&machine);
+  Watch watch;
+  if (!watch.Start(settings)) return 1;
   Uplink uplink;
-  if (argc > 5 && !uplink.Connect(argv[4], static_cast<int>(Argument(argc, argv, 5, 0)))) return 1;
+  const bool sends = argc > 3;
+  if (sends && !uplink.Connect(argv[2], static_cast<int>(Kalvo_String(argv[3]).ToInt(10))))
+    return 1;
   Kalvo_Queue queue(1, 1);
   Kalvo_Event done(1, 0, nullptr);
   Kalvo_Counter taken;
   Kalvo_KValueTable history;
   std::thread collector(Collect, &queue, &done, &watch, &uplink, &history);
-  Produce(&queue, &taken, rounds, static_cast<unsigned long>(intervalMs));
+  Produce(&queue, &taken, settings);
   done.Set();
   collector.join();
 
   Kalvo_KValueTable stored;
   if (!SaveTable(&history, path) || !LoadTable(&stored, path)) {
-    std::printf("%s cannot be written and read\n", path);
+    std::printf("%s cannot be written and read\n", path.c_str());
     return 1;
   }
   std::puts("");
@@ -109,13 +109,13 @@ int main(int argc, char** argv) {
        sample = stored.GetNext(key)) {
     AddUp(&total, sample->GetValueTable());
   }
-  DivideAll(&total, rounds);
+  DivideAll(&total, settings.rounds);
   std::puts("\nOn average:");
   PrintTree(&total, 2);
 
-  if (argc > 5) std::printf("\n%d samples sent\n", uplink.sent());
+  if (sends) std::printf("\n%d samples sent\n", uplink.sent());
   const bool equal = stored == history;
   std::printf("\n%ld samples taken, %lu in %s, %s to those in memory\n", taken.Get(),
-              stored.GetCount(), path, equal ? "equal" : "not equal");
+              stored.GetCount(), path.c_str(), equal ? "equal" : "not equal");
   return equal && taken.Get() == static_cast<long>(stored.GetCount()) ? 0 : 1;
 }

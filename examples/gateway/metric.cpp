@@ -1,6 +1,7 @@
 #include "metric.h"
 
 #include <cstdio>
+#include <vector>
 
 #include "trace.h"
 
@@ -14,8 +15,7 @@ constexpr long kMost = 100000;
 
 const char* const kStates[] = {"unknown", "normal", "warning", "critical", "gone"};
 
-// Readings from `low` to `high` percent lead from one state to another. What has risen must
-// fall a little further before it counts as fallen.
+// Readings from `low` to `high` percent lead from one state to another.
 struct Rule {
   const char* from;
   long low;
@@ -23,14 +23,20 @@ struct Rule {
   const char* to;
 };
 
-constexpr Rule kRules[] = {
-    {"unknown", 0, 79, "normal"},       {"unknown", 80, 94, "warning"},
-    {"unknown", 95, kMost, "critical"}, {"normal", 0, 79, kNowhere},
-    {"normal", 80, 94, "warning"},      {"normal", 95, kMost, "critical"},
-    {"warning", 0, 69, "normal"},       {"warning", 70, 94, kNowhere},
-    {"warning", 95, kMost, "critical"}, {"critical", 0, 69, "normal"},
-    {"critical", 70, 89, "warning"},    {"critical", 90, kMost, kNowhere},
-};
+std::vector<Rule> Rules(const Limits& limits) {
+  const long warning = limits.warning;
+  const long critical = limits.critical;
+  const long well = warning - Limits::kFall;
+  const long better = critical - Limits::kCriticalFall;
+  return {
+      {"unknown", 0, warning - 1, "normal"},        {"unknown", warning, critical - 1, "warning"},
+      {"unknown", critical, kMost, "critical"},     {"normal", 0, warning - 1, kNowhere},
+      {"normal", warning, critical - 1, "warning"}, {"normal", critical, kMost, "critical"},
+      {"warning", 0, well - 1, "normal"},           {"warning", well, critical - 1, kNowhere},
+      {"warning", critical, kMost, "critical"},     {"critical", 0, well - 1, "normal"},
+      {"critical", well, better - 1, "warning"},    {"critical", better, kMost, kNowhere},
+  };
+}
 
 // States in which a metric has readings, and misses them.
 const char* const kWatched[] = {"normal", "warning", "critical"};
@@ -38,11 +44,11 @@ const char* const kWatched[] = {"normal", "warning", "critical"};
 }  // namespace
 
 Metric::Metric(unsigned long id, const char* name, Kalvo_FSMService* machine)
-    : id_(id), name_(name), machine_(machine), last_(-1), changes_(0) {
-  machine_->HandleStringMsg(kStart, 0, this, nullptr, TraceToTerminal);
-}
+    : id_(id), name_(name), machine_(machine), last_(-1), changes_(0) {}
 
 unsigned long Metric::GetObjectId() { return id_; }
+
+void Metric::Start() { machine_->HandleStringMsg(kStart, 0, this, nullptr, TraceToTerminal); }
 
 void Metric::Read(long percent) {
   if (percent == last_) return;
@@ -68,12 +74,12 @@ void Metric::OnSurprise(const char* event, unsigned long code, long, void*, Kalv
   std::printf("%s is %s no more: %s\n", name_.c_str(), current->GetStateName(), what.c_str());
 }
 
-bool BuildMachine(Kalvo_FSMService* machine) {
+bool BuildMachine(const Limits& limits, Kalvo_FSMService* machine) {
   for (const char* name : kStates) {
     machine->AddState(name)->SetStateEnterHandler(static_cast<FSM_Handler>(&Metric::OnEnter));
   }
   machine->GetState(nullptr)->AddStrMsgHandle(kStart, nullptr, "unknown");
-  for (const Rule& rule : kRules) {
+  for (const Rule& rule : Rules(limits)) {
     machine->GetState(rule.from)->AddIntMsgHandle(kReading, rule.low, rule.high, nullptr, rule.to);
   }
   for (const char* name : kWatched) {
@@ -84,11 +90,11 @@ bool BuildMachine(Kalvo_FSMService* machine) {
   return machine->FinishAndCheck(TraceToTerminal) == 0;
 }
 
-void DrawMachine() {
+void DrawMachine(const Limits& limits) {
   std::puts("digraph metric {\n  rankdir = LR;\n  node [shape = box, style = rounded];");
   std::puts("  \"\" [shape = point];");
   std::printf("  \"\" -> unknown [label = \"%s\"];\n", kStart);
-  for (const Rule& rule : kRules) {
+  for (const Rule& rule : Rules(limits)) {
     Kalvo_String range;
     if (rule.high == kMost) {
       range.sprintf("from %ld %%", rule.low);

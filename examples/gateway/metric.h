@@ -1,12 +1,24 @@
 // A quantity that is watched, and the machine that tells how it stands.
 //
-// One machine, built from one table of rules, serves all metrics. The same table gives the
-// picture of it in the documentation.
+// All metrics have the same states and their own limits between them, so each has a machine.
+// The rules of a machine also give the picture of it in the documentation.
 
 #ifndef GATEWAY_METRIC_H_
 #define GATEWAY_METRIC_H_
 
 #include <kalvobase/kalvobase.h>
+
+// In percent. What has risen must fall a little further before it counts as fallen.
+struct Limits {
+  // Whether the states lie apart.
+  bool AreSound() const { return warning > kFall && critical > warning + kCriticalFall; }
+
+  static constexpr int kFall = 10;
+  static constexpr int kCriticalFall = 5;
+
+  int warning = 80;
+  int critical = 95;
+};
 
 class Metric : public Kalvo_FSM_Object {
  public:
@@ -14,6 +26,9 @@ class Metric : public Kalvo_FSM_Object {
   Metric(unsigned long id, const char* name, Kalvo_FSMService* machine);
 
   unsigned long GetObjectId() override;
+
+  // Enters the first state of the machine, which must be built.
+  void Start();
 
   // A reading in percent. One that says what the last one said is no news.
   void Read(long percent);
@@ -43,9 +58,9 @@ class Metric : public Kalvo_FSM_Object {
 };
 
 // Puts the rules into a new service. False if they are not sound.
-bool BuildMachine(Kalvo_FSMService* machine);
+bool BuildMachine(const Limits& limits, Kalvo_FSMService* machine);
 
 // Prints the rules in the language of Graphviz.
-void DrawMachine();
+void DrawMachine(const Limits& limits);
 
 #endif  // GATEWAY_METRIC_H_

@@ -58,8 +58,15 @@ void TakeProcessors(Kalvo_KValueTable* processors) {
   }
 }
 
+bool IsWatched(const Kalvo_String& interface, const Kalvo_StringArray& interfaces) {
+  for (int i = 0; i < interfaces.GetSize(); ++i) {
+    if (*interfaces[i] == interface) return true;
+  }
+  return interfaces.GetSize() == 0;
+}
+
 // "  eth0: received packets ... (8 numbers) sent packets ..."
-void TakeNetwork(Kalvo_KValueTable* network) {
+void TakeNetwork(const Kalvo_StringArray& interfaces, Kalvo_KValueTable* network) {
   Kalvo_StringArray lines;
   lines.Split(ReadText("/proc/net/dev").c_str(), '\n', 1);
   for (int i = 0; i < lines.GetSize(); ++i) {
@@ -67,6 +74,7 @@ void TakeNetwork(Kalvo_KValueTable* network) {
     if (lines[i]->Find(0, ":", colon, 0) == nullptr) continue;  // the two heading lines
     Kalvo_String name(lines[i]->c_str(), colon);
     name.Trim();
+    if (!IsWatched(name, interfaces)) continue;
     lines[i]->Delete(0, colon + 1);
     Kalvo_StringArray words;
     SplitWords(lines[i], &words);
@@ -83,7 +91,7 @@ const char* Sample::GetTypename(Kalvo_String* out) {
   return out != nullptr ? out->strcpy("sample")->c_str() : "sample";
 }
 
-void TakeSample(Kalvo_KValueTable* values) {
+void TakeSample(const Kalvo_StringArray& interfaces, Kalvo_KValueTable* values) {
   Kalvo_String host = ReadText("/proc/sys/kernel/hostname");
   host.replace_all(0, "\n", "");
   values->Set("host", host.c_str());
@@ -91,5 +99,5 @@ void TakeSample(Kalvo_KValueTable* values) {
   TakeLoad(values->InsertTable("load"));
   TakeMemory(values->InsertTable("memory"));
   TakeProcessors(values->InsertTable("processors"));
-  TakeNetwork(values->InsertTable("network"));
+  TakeNetwork(interfaces, values->InsertTable("network"));
 }

@@ -18,7 +18,8 @@ class Sample : public Kalvo_QueueObject {
   Kalvo_KValueTable values;
 };
 
-// What cannot be read is left out.
-void TakeSample(Kalvo_KValueTable* values);
+// What cannot be read is left out, and so are network interfaces that are not listed, if any
+// are.
+void TakeSample(const Kalvo_StringArray& interfaces, Kalvo_KValueTable* values);
 
 #endif  // GATEWAY_SAMPLE_H_

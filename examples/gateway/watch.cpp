@@ -18,21 +18,28 @@ void Give(Metric* metric, long percent) {
 
 }  // namespace
 
-Watch::Watch(Kalvo_FSMService* machine)
-    : processor_(1, "processor", machine),
-      load_(2, "load", machine),
-      memory_(3, "memory", machine) {}
+Watch::Watch() : processor_(1, "processor"), load_(2, "load"), memory_(3, "memory") {}
+
+bool Watch::Start(const Settings& settings) {
+  const bool built = BuildMachine(settings.processor, &processor_.machine) &&
+                     BuildMachine(settings.load, &load_.machine) &&
+                     BuildMachine(settings.memory, &memory_.machine);
+  if (!built) return false;
+  for (Watched* watched : {&processor_, &load_, &memory_}) watched->metric.Start();
+  return true;
+}
 
 void Watch::Look(Kalvo_KValueTable* sample) {
   Kalvo_KValueTable* processors = sample->GetTable("processors");
-  Give(&processor_, BusiestProcessor(processors));
+  Give(&processor_.metric, BusiestProcessor(processors));
   Kalvo_Value* load = sample->GetTable("load")->GetValue("1min");
   if (load != nullptr) {
-    Give(&load_, Percent(load->GetDouble(), static_cast<double>(processors->GetCount())));
+    Give(&load_.metric, Percent(load->GetDouble(), static_cast<double>(processors->GetCount())));
   }
   Kalvo_KValueTable* memory = sample->GetTable("memory");
   const double total = static_cast<double>(memory->GetBaseValue("total"));
-  Give(&memory_, Percent(total - static_cast<double>(memory->GetBaseValue("available")), total));
+  Give(&memory_.metric,
+       Percent(total - static_cast<double>(memory->GetBaseValue("available")), total));
   before_ = *processors;
 }
 
@@ -53,12 +60,13 @@ long Watch::BusiestProcessor(Kalvo_KValueTable* processors) {
 }
 
 void Watch::End() {
-  for (Metric* metric : {&processor_, &load_, &memory_}) metric->Lose();
+  for (Watched* watched : {&processor_, &load_, &memory_}) watched->metric.Lose();
 }
 
 void Watch::Print() const {
   std::printf("%-12s%-10s%s\n", "metric", "state", "changes");
-  for (const Metric* metric : {&processor_, &load_, &memory_}) {
-    std::printf("%-12s%-10s%d\n", metric->name(), metric->state(), metric->changes());
+  for (const Watched* watched : {&processor_, &load_, &memory_}) {
+    const Metric& metric = watched->metric;
+    std::printf("%-12s%-10s%d\n", metric.name(), metric.state(), metric.changes());
   }
 }

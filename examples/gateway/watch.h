@@ -6,11 +6,14 @@
 #include <kalvobase/kalvobase.h>
 
 #include "metric.h"
+#include "settings.h"
 
 class Watch {
  public:
-  // The machine must be built.
-  explicit Watch(Kalvo_FSMService* machine);
+  Watch();
+
+  // Builds the machines. False if they are not sound. Nothing else may be called before.
+  bool Start(const Settings& settings);
 
   // Reads all metrics out of a sample. How busy a processor was is known from the second
   // sample on.
@@ -25,9 +28,16 @@ class Watch {
  private:
   long BusiestProcessor(Kalvo_KValueTable* processors);
 
-  Metric processor_;
-  Metric load_;
-  Metric memory_;
+  // A metric and the machine that it is in.
+  struct Watched {
+    Watched(unsigned long id, const char* name) : metric(id, name, &machine) {}
+    Kalvo_FSMService machine;
+    Metric metric;
+  };
+
+  Watched processor_;
+  Watched load_;
+  Watched memory_;
   Kalvo_KValueTable before_;  // the processors of the last sample
 };
 

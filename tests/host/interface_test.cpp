@@ -31,6 +31,7 @@ static_assert(IsPlainHandle<Kalvo_FileStream>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_FileItem>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_FindFiles>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_SocketAddr>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_XIni>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_TcpStream>(), "a handle is two pointers");
 static_assert(sizeof(Kalvo_KVPair) == sizeof(Kalvo_QueueObject) + 4 * sizeof(void*), "an item");
 static_assert(sizeof(Kalvo_QueueObject) == 3 * sizeof(void*), "the base of all items");
@@ -67,6 +68,10 @@ constexpr int (Kalvo_SocketAddr::*kRawInit)(sockaddr*, int) = &Kalvo_SocketAddr:
 constexpr int (*kSend)(int, Kalvo_SocketAddr*, const char*, int) = &Kalvo_SOCK_Send;
 constexpr int (Kalvo_TcpStream::*kReadBytes)(char*, int) = &Kalvo_TcpStream::Read;
 constexpr int (Kalvo_TcpStream::*kWriteDouble)(long double) = &Kalvo_TcpStream::Write;
+constexpr int (Kalvo_XIni::*kReadIniBytes)(const char*, unsigned char*, int) = &Kalvo_XIni::Read;
+constexpr int (Kalvo_XIni::*kWriteULong)(const char*, unsigned long, int) = &Kalvo_XIni::Write;
+constexpr int (Kalvo_XIni::*kWriteFloat)(const char*, float) = &Kalvo_XIni::Write;
+constexpr const char* (Kalvo_XIni::*kVPath)(const char*, va_list) = &Kalvo_XIni::VSetSectionName;
 constexpr void (Kalvo_FSM_State::*kRange)(unsigned long, long, long, FSM_Handler,
                                           const char*) = &Kalvo_FSM_State::AddIntMsgHandle;
 constexpr void (Kalvo_FSMService::*kAny)(const char*, FSM_Handler,
@@ -127,6 +132,12 @@ TEST(Interface, StreamsAndSockets) {
   char c;
   EXPECT_EQ((tcp.*kReadBytes)(&c, 1), -1);
   EXPECT_EQ((tcp.*kWriteDouble)(1), 8);
+  Kalvo_XIni ini;
+  unsigned char byte = 1;
+  EXPECT_EQ((ini.*kReadIniBytes)("none", &byte, 1), 0);
+  EXPECT_EQ((ini.*kWriteULong)("k", 1, 0), 1);
+  EXPECT_EQ((ini.*kWriteFloat)("k", 1), 1);
+  EXPECT_STREQ((ini.*kVPath)("", none), "");
 }
 
 // Virtual calls land in the slots of the base.
