@@ -15,16 +15,11 @@
 #include <algorithm>
 #include <memory>
 
-#include "platform/descriptor.h"
 #include "platform/posix/file_status.h"
+#include "platform/posix/transfer.h"
 
 namespace platform {
 namespace {
-
-std::int64_t Result(ssize_t n) {
-  if (n >= 0) return n;
-  return errno == EAGAIN || errno == EWOULDBLOCK ? kTransferWouldBlock : kTransferFailed;
-}
 
 // Keeps the signal of a broken pipe from the calling thread while it lives.
 class PipeSignalHeld {
@@ -126,19 +121,11 @@ int file_open(const std::string& path, int flags, int permissions) {
 int file_close(int descriptor) { return close(descriptor); }
 
 std::int64_t file_read(int descriptor, char* buffer, std::size_t size) {
-  ssize_t n;
-  do {
-    n = read(descriptor, buffer, size);
-  } while (n < 0 && errno == EINTR);
-  return Result(n);
+  return transfer([=] { return read(descriptor, buffer, size); });
 }
 
 std::int64_t file_write(int descriptor, const char* data, std::size_t size) {
-  ssize_t n;
-  do {
-    n = write(descriptor, data, size);
-  } while (n < 0 && errno == EINTR);
-  return Result(n);
+  return transfer([=] { return write(descriptor, data, size); });
 }
 
 bool file_is_pipe(int descriptor) {

@@ -12,25 +12,11 @@
 #include <unistd.h>
 
 #include "platform/descriptor.h"
+#include "platform/posix/transfer.h"
 #include "platform/wait_result.h"
 
 namespace platform {
 namespace {
-
-std::int64_t Result(ssize_t n) {
-  if (n >= 0) return n;
-  return errno == EAGAIN || errno == EWOULDBLOCK ? kTransferWouldBlock : kTransferFailed;
-}
-
-// Runs a transfer again for each signal that cut it short.
-template <class Call>
-std::int64_t Transfer(Call call) {
-  ssize_t n;
-  do {
-    n = call();
-  } while (n < 0 && errno == EINTR);
-  return Result(n);
-}
 
 int SetOption(int socket, int level, int option, int value) {
   return setsockopt(socket, level, option, &value, sizeof(value));
@@ -143,7 +129,7 @@ int socket_set_blocking(int socket, bool blocking) {
 }
 
 std::int64_t socket_receive(int socket, char* buffer, std::size_t size) {
-  return Transfer([=] { return recv(socket, buffer, size, 0); });
+  return transfer([=] { return recv(socket, buffer, size, 0); });
 }
 
 std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size) {
@@ -151,7 +137,7 @@ std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size) 
   msghdr message = {};
   message.msg_iov = &piece;
   message.msg_iovlen = 1;
-  const std::int64_t n = Transfer(
+  const std::int64_t n = transfer(
       [socket, &message, size] { return recvmsg(socket, &message, size == 0 ? MSG_DONTWAIT : 0); });
   if (n == kTransferWouldBlock && size == 0) return 0;
   if (n < 0 || (message.msg_flags & MSG_TRUNC) == 0) return n;
@@ -162,7 +148,7 @@ std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size) 
 std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
                                  int* length) {
   socklen_t room = static_cast<socklen_t>(*length);
-  const std::int64_t n = Transfer([=, &room] {
+  const std::int64_t n = transfer([=, &room] {
     return recvfrom(socket, buffer, size, 0, static_cast<sockaddr*>(address), &room);
   });
   if (n >= 0) *length = static_cast<int>(room);
@@ -170,12 +156,12 @@ std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, voi
 }
 
 std::int64_t socket_send(int socket, const void* data, std::size_t size) {
-  return Transfer([=] { return send(socket, data, size, MSG_NOSIGNAL); });
+  return transfer([=] { return send(socket, data, size, MSG_NOSIGNAL); });
 }
 
 std::int64_t socket_send_to(int socket, const void* data, std::size_t size, const void* address,
                             int length) {
-  return Transfer([=] {
+  return transfer([=] {
     return sendto(socket, data, size, MSG_NOSIGNAL, Address(address),
                   static_cast<socklen_t>(length));
   });
