@@ -150,17 +150,19 @@ TEST(Removal, WithoutRights) {
   EXPECT_EQ(result, 0);
 }
 
-// The tree is shuffled while it is deleted: what was moved within it may stay, what is outside
-// must.
+// The tree is shuffled while it is deleted: what was moved may stay, what is outside must, also
+// where a directory is moved to that is just being emptied.
 TEST(Removal, OfATreeThatChanges) {
   const support::Folder folder;
   folder.Write("outside/kept", "kept");
+  for (int i = 0; i < 10; ++i) folder.Write("other/" + std::to_string(i) + "/kept", "kept");
   std::atomic<bool> done{false};
   std::thread shuffler([&] {
     for (int i = 0; !done; ++i) {
       const std::string a = folder.Path("tree/" + std::to_string(i % 10));
       std::error_code ignored;
-      fs::rename(a, a + "/../moved", ignored);
+      fs::rename(a, folder.Path("other/moved"), ignored);
+      fs::rename(folder.Path("other/moved"), folder.Path("tree/moved"), ignored);
       fs::create_directory_symlink(folder.Path("outside"), a, ignored);
       fs::rename(folder.Path("tree"), folder.Path("tree2"), ignored);
       fs::rename(folder.Path("tree2"), folder.Path("tree"), ignored);
@@ -178,6 +180,9 @@ TEST(Removal, OfATreeThatChanges) {
   done = true;
   shuffler.join();
   EXPECT_EQ(support::Content(folder.Path("outside/kept")), "kept");
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(support::Content(folder.Path("other/" + std::to_string(i) + "/kept")), "kept");
+  }
 }
 
 TEST(Removal, DeepTreesAndWideDirectories) {

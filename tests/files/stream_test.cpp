@@ -331,8 +331,11 @@ TEST(FileStream, Failures) {
     EXPECT_EQ(stream.Write("lost", 4), 4);
     EXPECT_EQ(stream.Write(), -3);
     EXPECT_EQ(stream.Write(), 8192);  // nothing is left of it
+    EXPECT_EQ(stream.Write('x', 8193), -4);
+    EXPECT_EQ(stream.Write('x', 8194), 1);  // the last one found room again
     char c;
-    EXPECT_EQ(stream.Read(c), -2);
+    EXPECT_EQ(stream.Read(&c, 1), -2);
+    EXPECT_EQ(stream.Read(c), -1);
     stream.Detach();
 
     // A full disk.
