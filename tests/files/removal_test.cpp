@@ -150,19 +150,16 @@ TEST(Removal, WithoutRights) {
   EXPECT_EQ(result, 0);
 }
 
-// The tree is shuffled while it is deleted: what was moved may stay, what is outside must, also
-// where a directory is moved to that is just being emptied.
+// Somebody swaps directories for links while the tree is deleted.
 TEST(Removal, OfATreeThatChanges) {
   const support::Folder folder;
   folder.Write("outside/kept", "kept");
-  for (int i = 0; i < 10; ++i) folder.Write("other/" + std::to_string(i) + "/kept", "kept");
   std::atomic<bool> done{false};
   std::thread shuffler([&] {
     for (int i = 0; !done; ++i) {
       const std::string a = folder.Path("tree/" + std::to_string(i % 10));
       std::error_code ignored;
-      fs::rename(a, folder.Path("other/moved"), ignored);
-      fs::rename(folder.Path("other/moved"), folder.Path("tree/moved"), ignored);
+      fs::rename(a, folder.Path("tree/moved"), ignored);
       fs::create_directory_symlink(folder.Path("outside"), a, ignored);
       fs::rename(folder.Path("tree"), folder.Path("tree2"), ignored);
       fs::rename(folder.Path("tree2"), folder.Path("tree"), ignored);
@@ -180,8 +177,43 @@ TEST(Removal, OfATreeThatChanges) {
   done = true;
   shuffler.join();
   EXPECT_EQ(support::Content(folder.Path("outside/kept")), "kept");
-  for (int i = 0; i < 10; ++i) {
-    EXPECT_EQ(support::Content(folder.Path("other/" + std::to_string(i) + "/kept")), "kept");
+}
+
+// A directory is moved elsewhere while it is emptied, and elsewhere others have the names of
+// those that are still to come. They are left alone, and those in the tree are not.
+TEST(Removal, OfADirectoryThatIsMovedAway) {
+  const support::Folder folder;
+  constexpr int kFiles = 3000;
+  const char* const names[] = {"a", "b", "c", "d"};
+  for (const std::string name : names) {
+    folder.Write("other/" + name + "/kept", "kept");
+    fs::create_directories(folder.Path("tree/" + name));
+    for (int i = 0; i < kFiles; ++i) {
+      const std::string file = folder.Path("tree/" + name + "/" + std::to_string(i));
+      close(open(file.c_str(), O_CREAT | O_WRONLY, 0644));
+    }
+  }
+  std::atomic<bool> done{false};
+  std::thread mover([&] {
+    while (!done) {
+      for (const std::string name : names) {
+        const std::string path = folder.Path("tree/" + name);
+        std::error_code ignored;
+        const auto links = std::distance(fs::directory_iterator(path, ignored), {});
+        if (links == kFiles || ignored) continue;
+        fs::rename(path, folder.Path("other/moved"), ignored);
+        return;
+      }
+    }
+  });
+  Kalvo_FileItem::DeleteFiles(folder.Path("tree").c_str(), "*", 1);
+  done = true;
+  mover.join();
+  for (const std::string name : names) {
+    EXPECT_EQ(support::Content(folder.Path("other/" + name + "/kept")), "kept");
+    if (fs::exists(folder.Path("tree/" + name))) {
+      EXPECT_TRUE(fs::is_empty(folder.Path("tree/" + name)));
+    }
   }
 }
 
