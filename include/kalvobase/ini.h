@@ -77,7 +77,8 @@ class KALVO_API Kalvo_XIni {
   const char* SetSectionName(const char* path, ...);
   const char* VSetSectionName(const char* path, va_list args);
 
-  // The path of the cursor; null if there is no current section.
+  // The path of the cursor; null if there is no current section, and "" after a path of which
+  // only the first parts exist.
   const char* GetSectionName();
 
   // Moves to a child of the current section, or of the top if there is none. Returns the
@@ -93,7 +94,8 @@ class KALVO_API Kalvo_XIni {
 
   // Adds a <name> section to the current one or, if there is none, a [name] section to the
   // top, also if there are some of that name. The cursor stays. A name that holds a line feed
-  // or the end of its tag does not come back from a file.
+  // or the end of its tag, or begins with '/', or has blanks at its ends, does not come back
+  // from a file.
   void AddSection(const char* name);
 
   // Removes the current section with all it holds. There is no current section then. The top
@@ -119,7 +121,8 @@ class KALVO_API Kalvo_XIni {
   // The number of keys and comment lines.
   int GetKVCount();
 
-  // Walk through keys and comment lines. Null at a comment line, as at the end.
+  // Walk through keys and comment lines. Null at a comment line, as at the end. Removing the
+  // key that the walk is at moves it on to the next, which GetNextKeyName then passes over.
   const char* GetFirstKeyName();
   const char* GetNextKeyName();
 
@@ -156,7 +159,9 @@ class KALVO_API Kalvo_XIni {
   //
   // Each sets a key of the current section: 1, or 0 if there is none. A key that is there keeps
   // its place and loses its comment, a new one goes to the end. A null or empty key adds the
-  // value as a comment line. Values are not quoted.
+  // value as a comment line. Values are not quoted. A key that looks like something else in a
+  // file (it holds '=' or a line feed, begins as a comment or a section, has blanks at its
+  // ends) does not come back from one.
 
   // A character that can be shown as itself, others as a backslash and a letter, as "\space"
   // or as a hexadecimal number.

@@ -18,15 +18,16 @@ int ReadProfileInt(const char* section, const char* key, int defaultValue, const
 
 int ReadProfileString(const char* section, const char* key, const char* defaultValue, char* buf,
                       int size, const char* file) {
+  const std::string fallback = defaultValue != nullptr ? defaultValue : "";  // it may be buf
   MP_XIni document;
   document.Read(file);
   document.MoveToPlain(section);
-  const int n = document.ReadText(key, buf, size, size - 1);
+  const int n = document.ReadText(key, buf, size, 1);
   if (n >= 0 || buf == nullptr || size < 1) return std::max(n, 0);
-  const std::size_t room = static_cast<std::size_t>(size);
-  std::memset(buf, 0, room);
-  if (defaultValue != nullptr) std::strncpy(buf, defaultValue, room - 1);
-  return static_cast<int>(std::strlen(buf));
+  const std::size_t length = std::min(fallback.size(), static_cast<std::size_t>(size) - 1);
+  std::memcpy(buf, fallback.c_str(), length);
+  buf[length] = '\0';
+  return static_cast<int>(length);
 }
 
 int WriteProfileInt(const char* section, const char* key, int value, const char* file) {

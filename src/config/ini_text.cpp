@@ -1,5 +1,6 @@
 #include "config/ini_text.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "text/number_text.h"

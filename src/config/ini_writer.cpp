@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "config/ini_text.h"
+
 namespace {
 
 // Sections that are nested deeper stand no further to the right: the indents of a document
@@ -18,8 +20,8 @@ struct Level {
   const MP_XIniSection* Next() {
     const auto& groups = section->groups();
     if (group == groups.size()) return nullptr;
-    const auto& sections = groups[group]->sections;
-    const MP_XIniSection* next = sections[index].get();
+    const auto& sections = groups[group].sections;
+    const MP_XIniSection* next = &sections[index];
     if (++index == sections.size()) {
       index = 0;
       ++group;
@@ -65,10 +67,7 @@ void IniWriter::WriteEntries(const MP_XIniSection& section) {
   const int depth = section.form() == IniForm::kTop ? 0 : section.depth() + 1;
   for (const IniEntry* entry = section.entries.first(); entry != nullptr; entry = entry->next) {
     if (!entry->IsKey()) {
-      const std::string_view begin = std::string_view(entry->text).substr(0, 2);
-      if (begin == (inBlockComment_ ? "*/" : "/*")) inBlockComment_ = !inBlockComment_;
-      Put(entry->text);
-      Put("\n");
+      WriteComment(entry->text);
       continue;
     }
     EndBlockComment();
@@ -79,9 +78,30 @@ void IniWriter::WriteEntries(const MP_XIniSection& section) {
     Put(quote);
     Put(entry->text);
     Put(quote);
-    if (entry->tail) Put({entry->tail->c_str(), entry->tail->length()});
+    if (entry->tail) WriteTail(*entry);
     Put("\n");
   }
+}
+
+// Keeps account of block comments as the parser does. A host may have given several lines.
+void IniWriter::WriteComment(std::string_view text) {
+  for (std::string_view left = text;;) {
+    const std::size_t end = std::min(left.find('\n'), left.size());
+    const std::string_view begin = ini::Trim(left.substr(0, end)).substr(0, 2);
+    if (begin == (inBlockComment_ ? "*/" : "/*")) inBlockComment_ = !inBlockComment_;
+    if (end == left.size()) break;
+    left.remove_prefix(end + 1);
+  }
+  Put(text);
+  Put("\n");
+}
+
+// The value must not lose a slash to its comment, which begins at the first two of them.
+void IniWriter::WriteTail(const IniEntry& entry) {
+  const std::string_view tail(entry.tail->c_str(), entry.tail->length());
+  const bool slash = !entry.text.empty() && entry.text.back() == '/';
+  if (entry.quote == '\0' && slash && !tail.empty()) Put(" ");
+  Put(tail);
 }
 
 // A [name] section needs no closing line, unless that has a comment, or what comes next would

@@ -19,6 +19,8 @@ class IniWriter {
  private:
   void Open(const MP_XIniSection& section);
   void WriteEntries(const MP_XIniSection& section);
+  void WriteComment(std::string_view text);
+  void WriteTail(const IniEntry& entry);
   void Close(const MP_XIniSection& section, const MP_XIniSection* next);
   void Put(std::string_view text) { out_->WriteBlock(text.data(), static_cast<int>(text.size())); }
   void PutIndent(int depth);

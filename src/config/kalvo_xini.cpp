@@ -68,11 +68,11 @@ int Kalvo_XIni::Read(const char* key, float* out) { return impl_->ReadFloat(key,
 int Kalvo_XIni::Read(const char* key, double* out) { return impl_->ReadFloat(key, out); }
 
 int Kalvo_XIni::Read(const char* key, char* buf, int size) {
-  return impl_->ReadText(key, buf, size, size - 1);
+  return impl_->ReadText(key, buf, size, 1);
 }
 
 int Kalvo_XIni::Read(const char* key, unsigned char* buf, int size) {
-  return impl_->ReadText(key, reinterpret_cast<char*>(buf), size, size - 2);
+  return impl_->ReadText(key, reinterpret_cast<char*>(buf), size, 2);
 }
 
 const char* Kalvo_XIni::ReadString(const char* key, const char* defaultValue) {

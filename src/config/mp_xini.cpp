@@ -108,7 +108,9 @@ const char* MP_XIni::MoveTo(const char* path, va_list args) {
   const bool ended = static_cast<std::size_t>(expanded.Length()) <= start;
   const bool moved = found && (ended || enter());
   path_ = moved ? expanded.Text() : "";
-  parts_ = moved ? parts : std::vector<std::size_t>();
+  // A zero byte ends the text, but not the part that it is in.
+  const bool known = moved && path_.size() == static_cast<std::size_t>(expanded.Length());
+  parts_ = known ? parts : std::vector<std::size_t>();
   return moved ? path_.c_str() : nullptr;
 }
 
@@ -142,7 +144,7 @@ const char* MP_XIni::MoveToChild(const char* name, int index) {
   current_ = child;
   parts_.push_back(path_.size());
   path_ += kSeparator;
-  path_ += name;
+  path_ += child->name();  // `name` may lie in the path
   if (index >= 1) path_ += kOpenIndex + std::to_string(index) + "]";
   return path_.c_str();
 }
@@ -174,7 +176,7 @@ void MP_XIni::RebuildPath() {
     parts_.push_back(path_.size());
     if (!path_.empty()) path_ += kSeparator;
     path_ += sections.back()->name();
-    const int index = sections.back()->parent()->IndexOf(sections.back());
+    const int index = sections.back()->parent()->IndexOf(*sections.back());
     if (index >= 1) path_ += kOpenIndex + std::to_string(index) + "]";
   }
 }
@@ -195,17 +197,14 @@ void MP_XIni::AddSection(const char* name) {
 
 void MP_XIni::RemoveSection() {
   if (current_ == nullptr) return;
-  if (MP_XIniSection* parent = current_->parent()) {
-    const std::string name = current_->name();
-    parent->RemoveChild(name, parent->IndexOf(current_));
-  }
+  if (MP_XIniSection* parent = current_->parent()) parent->RemoveChild(*current_);
   current_ = nullptr;
   path_.clear();
   parts_.clear();
 }
 
 void MP_XIni::RemoveChild(const char* name, int index) {
-  if (name != nullptr) Shown().RemoveChild(name, index);
+  if (name != nullptr) Shown().RemoveChildren(name, index);
 }
 
 void MP_XIni::RemoveKey(const char* key) {
@@ -222,10 +221,8 @@ int MP_XIni::ChildCount(const char* name) {
 }
 
 const char* MP_XIni::ChildName(int i) {
-  const auto& groups = Shown().groups();
-  if (groups.empty()) return nullptr;
-  const std::size_t place = static_cast<std::size_t>(i);
-  return (i >= 0 && place < groups.size() ? groups[place] : groups.back())->name.c_str();
+  const Row<MP_XIniGroup>& groups = Shown().groups();
+  return groups.size() > 0 ? groups.AtOrLast(i).name.c_str() : nullptr;
 }
 
 const char* MP_XIni::KeyName(const IniEntry* entry) {

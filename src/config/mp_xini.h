@@ -56,7 +56,7 @@ class MP_XIni {
   int ReadInteger(const char* key, Number* out) const;
   template <class Number>
   int ReadFloat(const char* key, Number* out) const;
-  int ReadText(const char* key, char* buf, int size, int cutTo) const;
+  int ReadText(const char* key, char* buf, int size, int spare) const;
   const char* ReadString(const char* key, const char* defaultValue) const;
 
   int WriteText(const char* key, const char* text);

@@ -3,13 +3,12 @@
 #ifndef KALVOBASE_SRC_CONFIG_MP_XINI_SECTION_H_
 #define KALVOBASE_SRC_CONFIG_MP_XINI_SECTION_H_
 
-#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "config/ini_entries.h"
 #include "config/name_index.h"
+#include "config/row.h"
 
 class MP_XIniSection;
 
@@ -17,7 +16,8 @@ class MP_XIniSection;
 struct MP_XIniGroup {
   std::string name;
   std::size_t hash = 0;
-  std::vector<std::unique_ptr<MP_XIniSection>> sections;
+  std::size_t order = 0;
+  Row<MP_XIniSection> sections;
 };
 
 // How a section is written.
@@ -38,6 +38,7 @@ class MP_XIniSection {
   // The number of sections above.
   int depth() const { return depth_; }
 
+  std::size_t order = 0;
   std::string openComment;
   std::string closeComment;
   IniEntries entries;
@@ -45,7 +46,7 @@ class MP_XIniSection {
   // --- Children ---------------------------------------------------------------------
 
   // In the order in which their names first came.
-  const std::vector<std::unique_ptr<MP_XIniGroup>>& groups() const { return groups_; }
+  const Row<MP_XIniGroup>& groups() const { return groups_; }
   const MP_XIniGroup* Group(std::string_view name) const { return index_.Find(name); }
 
   // A further one, also if there are some of that name.
@@ -55,21 +56,24 @@ class MP_XIniSection {
   MP_XIniSection* Child(std::string_view name, int index) const;
 
   // Its place among those of its name. Only for a child of this section.
-  int IndexOf(const MP_XIniSection* child) const;
+  int IndexOf(const MP_XIniSection& child) const;
 
-  // Removes one by that rule, or, if `index` is negative, all of that name.
-  void RemoveChild(std::string_view name, int index);
+  // Removes a child; or one by that rule or, if `index` is negative, all of that name.
+  void RemoveChild(const MP_XIniSection& child);
+  void RemoveChildren(std::string_view name, int index);
   void RemoveAllChildren();
 
   // Takes over comments, entries and copies of all children.
   void CopyFrom(const MP_XIniSection& other);
 
  private:
+  void RemoveGroup(const MP_XIniGroup& group);
+
   std::string name_;
   IniForm form_ = IniForm::kTop;
   MP_XIniSection* parent_ = nullptr;
   int depth_ = 0;
-  std::vector<std::unique_ptr<MP_XIniGroup>> groups_;
+  Row<MP_XIniGroup> groups_;
   NameIndex<MP_XIniGroup> index_;
 };
 

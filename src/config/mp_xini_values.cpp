@@ -58,15 +58,15 @@ int MP_XIni::ReadFloat(const char* key, Number* out) const {
 template int MP_XIni::ReadFloat(const char*, float*) const;
 template int MP_XIni::ReadFloat(const char*, double*) const;
 
-// A text that does not fit below `size` - 1 bytes is cut to `cutTo`.
-int MP_XIni::ReadText(const char* key, char* buf, int size, int cutTo) const {
+// A text of `size` - 1 bytes or more is cut to `size` - `spare`.
+int MP_XIni::ReadText(const char* key, char* buf, int size, int spare) const {
   const std::string* value = nullptr;
   const int found = Find(key, &value);
   if (buf == nullptr || size < 1) return std::min(found, kNoKey);
   *buf = '\0';
   if (found != kFound) return found;
   const int length = static_cast<int>(std::min<std::size_t>(std::strlen(value->c_str()), INT_MAX));
-  const int n = length < size - 1 ? length : std::clamp(cutTo, 0, std::min(length, size - 1));
+  const int n = length < size - 1 ? length : std::max(size - spare, 0);
   std::memcpy(buf, value->c_str(), static_cast<std::size_t>(n));
   buf[n] = '\0';
   return n;

@@ -4,39 +4,15 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 #include <set>
 #include <sstream>
 #include <string>
 
 #include "kalvobase/ini.h"
-#include "kalvobase/text.h"
 #include "support/folder.h"
+#include "support/ini_values.h"
 
 namespace {
-
-// All values and what stands behind them, by where they are.
-using Values = std::map<std::string, std::pair<std::string, std::string>>;
-
-void Collect(Kalvo_XIni* ini, const std::string& path, Values* values) {
-  const int entries = ini->GetKVCount();
-  for (int i = 0; i < entries; ++i) {
-    const char* key = i == 0 ? ini->GetFirstKeyName() : ini->GetNextKeyName();
-    if (key == nullptr) continue;
-    (*values)[path + "/" + key] = {ini->ReadString(key, nullptr),
-                                   ini->GetTailComment(key)->c_str()};
-  }
-  const int groups = ini->GetChildSectionCount(nullptr);
-  for (int group = 0; group < groups; ++group) {
-    const std::string name = ini->GetChildSectionName(group);
-    const int sections = ini->GetChildSectionCount(name.c_str());
-    for (int i = 0; i < sections; ++i) {
-      ASSERT_NE(ini->ToChildSection(name.c_str(), i), nullptr);
-      Collect(ini, path + "/" + name + "[" + std::to_string(i) + "]", values);
-      ini->ToParentSection();
-    }
-  }
-}
 
 // The lines that are comments, without the blanks in front.
 std::multiset<std::string> Comments(const std::string& text) {
@@ -62,8 +38,8 @@ TEST(IniCorpus, WhatIsNotTouchedStays) {
     SCOPED_TRACE(file.path().filename().string());
     ++documents;
     Kalvo_XIni ini(file.path().c_str());
-    Values before;
-    Collect(&ini, "", &before);
+    support::IniValues before;
+    support::Collect(&ini, "", &before);
     EXPECT_GE(before.size(), 2u);
 
     const std::string section = ini.GetChildSectionName(0);
@@ -75,9 +51,9 @@ TEST(IniCorpus, WhatIsNotTouchedStays) {
 
     before["/" + section + "[0]/" + key] = {"changed", ""};
     before["/" + section + "[0]/added by the test"] = {"42", ""};
-    Values after;
+    support::IniValues after;
     Kalvo_XIni again(saved.c_str());
-    Collect(&again, "", &after);
+    support::Collect(&again, "", &after);
     EXPECT_EQ(after, before);
     EXPECT_EQ(Comments(support::Content(saved)), Comments(support::Content(file.path())));
   }

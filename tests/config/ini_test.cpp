@@ -62,6 +62,7 @@ TEST_F(Ini, Lines) {
                         Case{"/ d = 1", "/ d", "1", "", "/ d = 1"},
                         Case{"k = a//b", "k", "a", "//b", "k = a//b"},
                         Case{"k = 1  // x  ", "k", "1", "// x", "k = 1// x"},
+                        Case{"k = /x/ // c", "k", "/x/", "// c", "k = /x/ // c"},
                         Case{"k = \"a b\" tail", "k", "a b", " tail", "k = \"a b\" tail"},
                         Case{"k = \"a\" b \"c\"", "k", "a\" b \"c", "", "k = \"a\" b \"c\""},
                         Case{"k = \" // \"", "k", " // ", "", "k = \" // \""},
@@ -150,6 +151,14 @@ TEST_F(Ini, SavedDocumentsMeanTheSame) {
   EXPECT_EQ(ini.Write("new", 1, 0), 1);
   EXPECT_EQ(Saved(), "/* never closed\n*/\nnew = 1\n");
 
+  Load("a = 1\n[ /* note\n[b]\nk = 1\n");
+  ini.Write(nullptr, "line\n /* of a host");
+  for (int i = 0; i < 3; ++i) {
+    Load(Saved());
+    ASSERT_NE(ini.SetSectionName("b"), nullptr);
+  }
+  EXPECT_EQ(Value("k"), "1");
+
   Load("[a]\nx = 1\n</a> the end\n<b>\ny = 2\n</b>\n");
   const std::string saved = Saved();
   EXPECT_EQ(saved, "[a] \n\t\tx = 1\n</a>  the end\n\t<b> \n\t\ty = 2\n\t</b> \n");
@@ -209,6 +218,10 @@ TEST_F(Ini, Paths) {
   EXPECT_EQ(ini.GetSectionName(), nullptr);
   ini.ToParentSection();
   EXPECT_STREQ(ini.GetSectionName(), "");
+  const std::string longName(100, 'n');
+  Load("<" + longName + ">\n<" + longName + ">\n");
+  EXPECT_NE(ini.ToChildSection(ini.SetSectionName(longName.c_str()), 0), nullptr);
+  EXPECT_EQ(ini.GetSectionName(), longName + "." + longName);
   EXPECT_STREQ(ini.SetSectionName(nullptr), "");
   EXPECT_EQ(ini.GetSectionName(), nullptr);
 }
@@ -415,6 +428,11 @@ TEST_F(Ini, Profiles) {
   EXPECT_EQ(text("none", "t", "other", 8, file), 5);
   EXPECT_EQ(text("none", "t", "too long for it", 8, file), 7);
   EXPECT_EQ(text("none", "t", nullptr, 8, file), 0);
+  EXPECT_EQ(buf[1], '?');
+  EXPECT_EQ(text("none", "t", "other", INT_MIN, file), 0);
+  std::strcpy(buf, "own");
+  EXPECT_EQ(Kalvo_Xini_GetPrivateProfileString("none", "t", buf, buf, 8, file), 3);
+  EXPECT_STREQ(buf, "own");
   EXPECT_EQ(text("none", "t", "other", 0, file), 0);
   EXPECT_EQ(buf[0], '?');
 
@@ -462,6 +480,18 @@ TEST_F(Ini, ExtremeDocuments) {
     ini.RemoveKey(("key" + std::to_string(i)).c_str());
   }
   EXPECT_EQ(ini.GetKVCount(), 0);
+  for (int i = 0; i < 50000; ++i) {
+    ini.RemoveChildSection(ini.GetChildSectionName(0), -1);
+    ini.RemoveChildSection(ini.GetChildSectionName(-1), 0);
+    if (i % 100 == 0) ini.RemoveChildSection(ini.GetChildSectionName(1000), 0);
+  }
+  EXPECT_EQ(ini.GetChildSectionCount(nullptr), 0);
+  for (int i = 0; i < 100000; ++i) ini.AddSection("same");
+  for (int i = 0; i < 100000; ++i) {
+    ini.ToChildSection("same", i % 2 == 0 ? 0 : -1);
+    ini.RemoveSection();
+  }
+  EXPECT_EQ(ini.GetChildSectionCount("same"), 0);
   EXPECT_LT(watch.Milliseconds(), 60000);
 }
 
