@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <memory>
 
 #include "files/mp_file_stream.h"
 #include "files/path.h"
 #include "platform/file.h"
 
 namespace {
+
+constexpr int kPiece = 128 * 1024;
 
 constexpr int kRefused = -1;
 constexpr int kIncomplete = -2;
@@ -46,11 +49,11 @@ bool CopyContent(const char* source, const char* destination, int flags,
     return sourceStatus.size == 0;
   }
   std::int64_t copied = 0;
-  char piece[4096];
+  const std::unique_ptr<char[]> piece(new char[kPiece]);
   bool written = true;
   for (int n;
-       written && copied <= sourceStatus.size && (n = in.ReadBlock(piece, sizeof(piece))) > 0;) {
-    written = out.WriteBlock(piece, n) == n;
+       written && copied <= sourceStatus.size && (n = in.ReadBlock(piece.get(), kPiece)) > 0;) {
+    written = out.WriteBlock(piece.get(), n) == n;
     copied += n;
   }
   written = out.Flush() > 0 && written;

@@ -31,6 +31,10 @@ int MP_StreamCore::LineHook() { return -1; }
 
 int MP_StreamCore::FillBuffer() { return 0; }
 
+int MP_StreamCore::ReadDirect(char*, int) { return kNotDirect; }
+
+int MP_StreamCore::WriteDirect(const char*, int) { return kNotDirect; }
+
 int MP_StreamCore::DrainBuffer() { return Reserve(capacity_); }
 
 void MP_StreamCore::UpdateLimit() { limit = block_ + std::min(blockSize_ - 1, capacity_); }
@@ -100,6 +104,19 @@ int MP_StreamCore::WriteBlock(const char* p, int n) {
       }
       if (offset >= 0) p = block_ + offset;
     }
+    if (end == block_ && left > capacity_) {
+      // What comes last stays in the buffer, as if all had gone through it.
+      const int direct = WriteDirect(p, WholeBuffers(left - 1));
+      if (direct > 0) {
+        p += direct;
+        left -= direct;
+        continue;
+      }
+      if (direct != kNotDirect) {
+        ClearLastByte();
+        return direct;
+      }
+    }
     const int chunk = static_cast<int>(std::min<std::ptrdiff_t>(left, limit - end));
     std::memmove(end, p, static_cast<std::size_t>(chunk));
     Commit(chunk);
@@ -154,7 +171,13 @@ int MP_StreamCore::ReadBlock(char* out, int n) {
   if (out == nullptr || n < 1) return 0;
   for (int left = n; left > 0;) {
     if (end == limit) {
-      const int filled = Refill();
+      const int direct = left >= capacity_ ? ReadDirect(out, WholeBuffers(left)) : kNotDirect;
+      if (direct > 0) {
+        out += direct;
+        left -= direct;
+        continue;
+      }
+      const int filled = direct == kNotDirect ? Refill() : direct;
       if (filled < 0) return filled;
       if (filled == 0) return n - left;
     }

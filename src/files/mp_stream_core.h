@@ -39,6 +39,14 @@ class MP_StreamCore : public Kalvo_StringCursor {
   // Called when the buffer is full, to make room. Above 0 on success.
   virtual int DrainBuffer();
 
+  // The same for blocks that are larger than an empty buffer: these move bytes between the
+  // caller and where FillBuffer and DrainBuffer have them from and bring them. The number of
+  // bytes; 0 at the end of the data; negative on failure; kNotDirect if that is not to be had.
+  virtual int ReadDirect(char* out, int n);
+  virtual int WriteDirect(const char* p, int n);
+
+  static constexpr int kNotDirect = INT_MIN;
+
   // --- Writing ----------------------------------------------------------------------
 
   // Appends a byte. The byte as 0 to 255, or what failed, less 1.
@@ -172,6 +180,9 @@ class MP_StreamCore : public Kalvo_StringCursor {
 
   // Goes on in another block of the derived object, as large as its first.
   void UseBlock(char* block) { block_ = firstBlock_ = block; }
+
+  // As much of `n` bytes as fills whole buffers.
+  int WholeBuffers(int n) const { return n / capacity_ * capacity_; }
 
   // Gets more bytes when none are unread: what FillBuffer gave.
   int Refill();

@@ -34,13 +34,38 @@ void MP_StreamReader::Attach(int descriptor) {
   descriptor_.Set(descriptor);
 }
 
-// A socket that cannot even be waited for counts as a failed wait.
 int MP_StreamReader::FillBuffer() {
   const int descriptor = descriptor_.Get();
-  const int unread = RawRead();
+  return Judge(descriptor, RawRead());
+}
+
+int MP_StreamReader::ReadDirect(char* out, int n) {
+  const int descriptor = descriptor_.Get();
+  return Judge(descriptor, Transfer(out, static_cast<std::size_t>(n)));
+}
+
+// A socket that cannot even be waited for counts as a failed wait.
+int MP_StreamReader::Judge(int descriptor, int result) const {
   const bool closed =
-      unread == -2 && kind_ == StreamKind::kSocket && !platform::descriptor_is_open(descriptor);
-  return closed ? -1 : unread;
+      result == -2 && kind_ == StreamKind::kSocket && !platform::descriptor_is_open(descriptor);
+  return closed ? -1 : result;
+}
+
+// One read, as RawRead tells it. The number of bytes that it gave.
+int MP_StreamReader::Transfer(char* to, std::size_t room) {
+  const StreamDescriptor::Use use(&descriptor_);
+  const int descriptor = use.number();
+  if (descriptor < 0) return -1;
+  std::int64_t n;
+  for (;;) {
+    n = kind_ == StreamKind::kFile ? platform::file_read(descriptor, to, room)
+                                   : platform::socket_receive(descriptor, to, room);
+    if (n != platform::kTransferWouldBlock) break;
+    platform::descriptor_wait(descriptor, platform::WaitFor::kReading, platform::kNoLimit);
+  }
+  if (n > 0) return static_cast<int>(n);
+  descriptor_.Set(-1);
+  return n == 0 ? 0 : -2;
 }
 
 // If the last line lies in the block, goes on in the other one.
@@ -67,23 +92,11 @@ bool MP_StreamReader::MakeRoomBehind() {
 }
 
 int MP_StreamReader::RawRead() {
-  const StreamDescriptor::Use use(&descriptor_);
-  const int descriptor = use.number();
-  if (descriptor < 0) return -1;
+  if (descriptor_.Get() < 0) return -1;
   nextReturn_ = nullptr;
   if (!MakeRoomBehind()) return -1;
-  const std::size_t room = static_cast<std::size_t>(block_ + capacity() - limit);
-  std::int64_t n;
-  for (;;) {
-    n = kind_ == StreamKind::kFile ? platform::file_read(descriptor, limit, room)
-                                   : platform::socket_receive(descriptor, limit, room);
-    if (n != platform::kTransferWouldBlock) break;
-    platform::descriptor_wait(descriptor, platform::WaitFor::kReading, platform::kNoLimit);
-  }
-  if (n < 1) {
-    descriptor_.Set(-1);
-    return n == 0 ? 0 : -2;
-  }
+  const int n = Transfer(limit, static_cast<std::size_t>(block_ + capacity() - limit));
+  if (n < 1) return n;
   limit += n;
   return Unread();
 }

@@ -26,6 +26,7 @@ class MP_StreamReader : public MP_StreamCore {
   void WaitUntilUnused() const { descriptor_.WaitUntilUnused(); }
 
   int FillBuffer() override;
+  int ReadDirect(char* out, int n) override;
 
   // Reads once, behind what is unread. The number of unread bytes; 0 if the source has
   // ended; -1 without a descriptor, or if there is no memory for more; -2 on failure.
@@ -41,6 +42,8 @@ class MP_StreamReader : public MP_StreamCore {
   int LineLength() const { return lineLength_; }
 
  private:
+  int Transfer(char* to, std::size_t room);
+  int Judge(int descriptor, int result) const;
   bool MakeRoomBehind();
   void LeaveLine();
   char* FindReturn(char* lineEnd);

@@ -39,9 +39,19 @@ std::int64_t MP_StreamWriter::Transfer(int descriptor, const char* data, std::si
 }
 
 int MP_StreamWriter::DrainBuffer() {
-  const char* from = block_;
   const char* const to = end;
   Drop();  // whatever comes of it
+  const int sent = Send(block_, to);
+  return sent > 0 ? Free() : sent;
+}
+
+int MP_StreamWriter::WriteDirect(const char* p, int n) {
+  const int sent = Send(p, p + n);
+  return sent > 0 ? n : sent;
+}
+
+// 1 if all bytes went out, or what DrainBuffer gives.
+int MP_StreamWriter::Send(const char* from, const char* to) {
   const StreamDescriptor::Use use(&descriptor_);
   const int descriptor = use.number();
   if (descriptor < 0) return -1;
@@ -59,7 +69,7 @@ int MP_StreamWriter::DrainBuffer() {
     }
     from += n;
   }
-  return Free();
+  return 1;
 }
 
 int MP_StreamWriter::Printf(const char* format, ...) {

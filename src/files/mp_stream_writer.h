@@ -36,6 +36,7 @@ class MP_StreamWriter : public MP_StreamCore {
 
   // As Flush. -1 without a descriptor or if a wait failed, -3 if a write failed.
   int DrainBuffer() override;
+  int WriteDirect(const char* p, int n) override;
   int LineHook() override { return Flush(); }
 
   // The number of bytes, or -1 if they could not be put or there is no descriptor.
@@ -43,6 +44,7 @@ class MP_StreamWriter : public MP_StreamCore {
   int VPrintf(const char* format, va_list args);
 
  private:
+  int Send(const char* from, const char* to);
   std::int64_t Transfer(int descriptor, const char* data, std::size_t size);
 
   StreamKind kind_ = StreamKind::kFile;
