@@ -104,7 +104,7 @@ const char* MP_XIni::MoveTo(const char* path, va_list args) {
     start = length + 1;
     return true;
   };
-  const bool found = text::FormatSegments(&expanded, path, args, kSeparator, enter) >= 0;
+  const bool found = text::FormatSegments(&expanded, path, args, enter) >= 0;
   const bool ended = static_cast<std::size_t>(expanded.Length()) <= start;
   const bool moved = found && (ended || enter());
   path_ = moved ? expanded.Text() : "";

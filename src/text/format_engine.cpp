@@ -40,15 +40,28 @@ constexpr int kLongSlack = 32;
 constexpr int kFloatSlack = 42;
 
 constexpr int kShortText = 16;
-constexpr int kSimpleDigits = 16;  // of 32 bits, with their sign, and some more
-constexpr int kSimpleRoom = kSimpleDigits + kPlainSlack;
+constexpr int kLongestInt = 11;
+constexpr int kSimpleRoom = kLongestInt + kPlainSlack;
+
+// Which bytes of a format are more than themselves.
+constexpr unsigned kAlwaysSpecial = 1;
+constexpr unsigned kSeparator = 2;
+constexpr char kPathSeparator = '.';
+
+struct Classes {
+  constexpr Classes() {
+    of[0] = of[static_cast<int>('%')] = of[static_cast<int>('\n')] = kAlwaysSpecial;
+    of[static_cast<int>(kPathSeparator)] = kSeparator;
+  }
+  unsigned char of[256] = {};
+};
+constexpr Classes kClasses;
 
 class Engine {
  public:
   Engine(MP_StreamCore* core, va_list args) : core_(core), errno_(errno) { va_copy(args_, args); }
-  Engine(MP_StreamCore* core, va_list args, char separator, const std::function<bool()>& ended)
+  Engine(MP_StreamCore* core, va_list args, const std::function<bool()>& ended)
       : Engine(core, args) {
-    separator_ = separator;
     ended_ = &ended;
   }
   Engine(const Engine&) = delete;
@@ -89,8 +102,7 @@ class Engine {
   }
 
   MP_StreamCore* core_;
-  char separator_ = '\0';  // none
-  const std::function<bool()>* ended_ = nullptr;
+  const std::function<bool()>* ended_ = nullptr;  // null: there are no separators
   const int errno_;  // what %m tells, whatever our own calls do to errno
   va_list args_;
   std::int64_t total_ = 0;
@@ -129,11 +141,13 @@ bool Engine::PutSimple(char kind) {
       if (core_->Room() < kSimpleRoom) return false;
       const int value = va_arg(args_, int);
       const std::uint32_t bits = static_cast<std::uint32_t>(value);
-      char digits[2 * kSimpleDigits] = {};
-      char* start = DecimalDigits(value < 0 ? 0 - bits : bits, digits + kSimpleDigits);
-      if (value < 0) *--start = '-';
-      std::memcpy(core_->End(), start, kSimpleDigits);  // all at once, however many count
-      Commit(static_cast<int>(digits + kSimpleDigits - start));
+      const std::uint32_t absolute = value < 0 ? 0 - bits : bits;
+      // Straight to their place: bytes that were just stored one by one are slow to move.
+      char* out = core_->End();
+      if (value < 0) *out++ = '-';
+      char* const end = out + DecimalLength(absolute);
+      DecimalDigits(absolute, end);
+      Commit(static_cast<int>(end - core_->End()));
       return true;
     }
     default:
@@ -164,7 +178,7 @@ const char* Engine::PutLiteral(const char* format) {
     ++total_;
     return format + 1;
   }
-  if (*format == separator_) {
+  if (*format == kPathSeparator && ended_ != nullptr) {
     if ((*ended_)()) {
       PutBlock(format, 1);
     } else {
@@ -172,9 +186,9 @@ const char* Engine::PutLiteral(const char* format) {
     }
     return format + 1;
   }
-  const char separator = separator_;
-  const auto isLiteral = [separator](char c) {
-    return c != '\0' && c != '%' && c != '\n' && c != separator;
+  const unsigned special = ended_ != nullptr ? kAlwaysSpecial | kSeparator : kAlwaysSpecial;
+  const auto isLiteral = [special](char c) {
+    return (kClasses.of[static_cast<unsigned char>(c)] & special) == 0;
   };
   char* out = core_->End();
   const int room = core_->Room();
@@ -460,9 +474,9 @@ int Format(MP_StreamCore* core, const char* format, va_list args) {
   return format != nullptr ? Engine(core, args).Run(format) : 0;
 }
 
-int FormatSegments(MP_StreamCore* core, const char* format, va_list args, char separator,
+int FormatSegments(MP_StreamCore* core, const char* format, va_list args,
                    const std::function<bool()>& ended) {
-  return format != nullptr ? Engine(core, args, separator, ended).Run(format) : 0;
+  return format != nullptr ? Engine(core, args, ended).Run(format) : 0;
 }
 
 }  // namespace text

@@ -16,9 +16,9 @@ namespace text {
 // left as it was. Neither format nor arguments may lie in the core's own buffer.
 int Format(MP_StreamCore* core, const char* format, va_list args);
 
-// The same, and `ended` is called for each byte `separator` of the format itself, before it is
-// stored. If it gives false the formatting ends there with -1.
-int FormatSegments(MP_StreamCore* core, const char* format, va_list args, char separator,
+// The same, and `ended` is called for each '.' of the format itself that is no part of a
+// conversion, before it is stored. If it gives false the formatting ends there with -1.
+int FormatSegments(MP_StreamCore* core, const char* format, va_list args,
                    const std::function<bool()>& ended);
 
 }  // namespace text

@@ -12,6 +12,16 @@ constexpr int kMaxIntegerDigits = 22;
 
 // Writes the digits of `value` so that they end before `end`, and gives their start.
 char* DecimalDigits(std::uint64_t value, char* end);
+// How many that are.
+inline int DecimalLength(std::uint32_t value) {
+  for (int n = 1;; n += 4) {
+    if (value < 10) return n;
+    if (value < 100) return n + 1;
+    if (value < 1000) return n + 2;
+    if (value < 10000) return n + 3;
+    value /= 10000;
+  }
+}
 // `shift` is 3 for octal and 4 for hexadecimal digits, taken from `alphabet`.
 char* BitDigits(std::uint64_t value, int shift, const char* alphabet, char* end);
 
