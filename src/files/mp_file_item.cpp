@@ -13,7 +13,7 @@ void MP_FileItem::Attach(const char* name) {
   given.AppendText(name);
   given.Trim();
   const char* text = given.Text();
-  std::string systemText = platform::system_path(text);
+  const std::string systemText = platform::system_path(text);
   fullPath_.clear();
   exists_ = *text != '\0' && platform::file_status(systemText, &status_);
   if (!exists_) return;
@@ -45,7 +45,7 @@ void MP_FileItem::AttachEntry(const path::Path& directory, const std::string& na
     return front + (separated ? std::string() : std::string(1, platform::kPathSeparator)) + name;
   };
   fullPath_ = join(directory.text);
-  if (directory.system != directory.text) systemPath_ = join(directory.system);
+  systemPath_ = directory.system != directory.text ? join(directory.system) : std::string();
   const std::size_t begin = fullPath_.size() - name.size();
   Split(begin - 1, begin);
 }

@@ -39,9 +39,9 @@ class MP_StreamCore : public Kalvo_StringCursor {
   // Called when the buffer is full, to make room. Above 0 on success.
   virtual int DrainBuffer();
 
-  // The same for blocks that are larger than an empty buffer: these move bytes between the
-  // caller and where FillBuffer and DrainBuffer have them from and bring them. The number of
-  // bytes; 0 at the end of the data; negative on failure; kNotDirect if that is not to be had.
+  // Called in place of these two for blocks that the empty buffer is too small for: move bytes
+  // straight between the caller and the other end. The number of bytes; 0 at the end of the
+  // data; negative on failure; kNotDirect if there is no such way.
   virtual int ReadDirect(char* out, int n);
   virtual int WriteDirect(const char* p, int n);
 

@@ -1,6 +1,5 @@
 #include "files/path.h"
 
-#include <cstring>
 #include <string_view>
 #include <vector>
 

@@ -46,12 +46,12 @@ constexpr int kSimpleRoom = kLongestInt + kPlainSlack;
 // Which bytes of a format are more than themselves.
 constexpr unsigned kAlwaysSpecial = 1;
 constexpr unsigned kSeparator = 2;
-constexpr char kPathSeparator = '.';
+constexpr char kSegmentSeparator = '.';
 
 struct Classes {
   constexpr Classes() {
     of[0] = of[static_cast<int>('%')] = of[static_cast<int>('\n')] = kAlwaysSpecial;
-    of[static_cast<int>(kPathSeparator)] = kSeparator;
+    of[static_cast<int>(kSegmentSeparator)] = kSeparator;
   }
   unsigned char of[256] = {};
 };
@@ -178,7 +178,7 @@ const char* Engine::PutLiteral(const char* format) {
     ++total_;
     return format + 1;
   }
-  if (*format == kPathSeparator && ended_ != nullptr) {
+  if (*format == kSegmentSeparator && ended_ != nullptr) {
     if ((*ended_)()) {
       PutBlock(format, 1);
     } else {

@@ -120,6 +120,17 @@ TEST(Socket, ErrorsHaveTheNumbersOfWinsock) {
   }
   EXPECT_EQ(Kalvo_SOCK_Connect(&address, -1), -1);
   EXPECT_EQ(Kalvo_SOCK_GetLastError(), 10061);
+  EXPECT_EQ(net::TryConnect(&MP_SocketAddr::Of(address), -1), -1);
+  EXPECT_EQ(Kalvo_SOCK_GetLastError(), 10038);
+  const int trying = Kalvo_SOCK_OpenTcpForAddr(&address, 0);
+  Kalvo_Sock_Opt_Block(trying, 0);
+  if (net::TryConnect(&MP_SocketAddr::Of(address), trying) == 0) {  // it may be refused at once
+    EXPECT_EQ(Kalvo_SOCK_GetLastError(), 10035);
+    EXPECT_GE(Kalvo_SOCK_Wait(trying, 5000, 1), 1);
+    EXPECT_EQ(net::TryConnect(&MP_SocketAddr::Of(address), trying), -1);
+  }
+  EXPECT_EQ(Kalvo_SOCK_GetLastError(), 10061);
+  Kalvo_SOCK_Close(trying);
   const int sock = Kalvo_SOCK_OpenTcpForAddr(&address, 0);
   EXPECT_EQ(Kalvo_SOCK_Connect(&address, sock), -1);
   EXPECT_EQ(Kalvo_SOCK_Write(sock, "x", 1), -1);
