@@ -131,7 +131,20 @@ void PingPong() {
   });
 }
 
+void RunThread() {
+  const std::string work = "create, run and join a thread";
+  duel::Ours(work, [](benchmark::State& state) {
+    for (auto _ : state) {
+      Kalvo_Thread thread([](void*) { return 0ul; }, nullptr, 1, "bench", nullptr, 0);
+      thread.WaitFor(10000);
+    }
+  });
+  duel::Peer(work, "std::thread", 0.5, [](benchmark::State& state) {
+    for (auto _ : state) std::thread([] {}).join();
+  });
+}
+
 [[maybe_unused]] const bool registered =
-    (PlainList(1), PlainList(1000), HandOver(), PingPong(), true);
+    (PlainList(1), PlainList(1000), HandOver(), PingPong(), RunThread(), true);
 
 }  // namespace

@@ -18,7 +18,7 @@ constexpr char kKalvo[] = "kalvobase";
 
 using Body = std::function<void(benchmark::State&)>;
 
-// The library's side of a work.
+// The library's side of a work. Without a peer its time is reported.
 void Ours(const std::string& work, Body body);
 
 // A peer's side of the same work. A `least` of 0 only reports.

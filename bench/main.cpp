@@ -22,6 +22,18 @@ std::vector<Opponent>& Opponents() {
   return opponents;
 }
 
+// Works that are the library's alone are told as times, in the order of their registration.
+std::vector<std::string>& OurWorks() {
+  static std::vector<std::string> works;
+  return works;
+}
+
+bool HasPeer(const std::string& work) {
+  const auto& opponents = Opponents();
+  return std::any_of(opponents.begin(), opponents.end(),
+                     [&work](const Opponent& opponent) { return opponent.work == work; });
+}
+
 void Register(const std::string& work, const std::string& who, duel::Body body) {
   benchmark::RegisterBenchmark((work + "/" + who).c_str(), std::move(body))->UseRealTime();
 }
@@ -58,6 +70,11 @@ class Reporter : public benchmark::BenchmarkReporter {
       std::printf("%-44s %-34s %8.2f %8s%s\n", opponent.work.c_str(), opponent.peer.c_str(), ratio,
                   aim, ratio < opponent.least ? "  below" : "");
     }
+    for (const std::string& work : OurWorks()) {
+      const auto ours = times_.find(work + "/" + duel::kKalvo);
+      if (ours == times_.end() || HasPeer(work)) continue;
+      std::printf("%-44s %34s %8.2f us\n", work.c_str(), "", Median(ours->second) / 1000);
+    }
   }
 
  private:
@@ -68,7 +85,10 @@ class Reporter : public benchmark::BenchmarkReporter {
 
 namespace duel {
 
-void Ours(const std::string& work, Body body) { Register(work, kKalvo, std::move(body)); }
+void Ours(const std::string& work, Body body) {
+  Register(work, kKalvo, std::move(body));
+  OurWorks().push_back(work);
+}
 
 void Peer(const std::string& work, const std::string& peer, double least, Body body) {
   Register(work, peer, std::move(body));

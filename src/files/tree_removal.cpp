@@ -127,6 +127,13 @@ class Removal {
   std::vector<Level> levels_;
 };
 
+bool DeleteTree(platform::Directory* parent, platform::Directory* root, const std::string& name) {
+  Removal("*", true, true).Run(root);
+  // By now the name may be that of another directory.
+  return platform::entry_identity(parent, name.c_str()) == platform::directory_identity(root) &&
+         platform::entry_remove_directory(parent, name.c_str());
+}
+
 }  // namespace
 
 int DeleteMatchingFiles(const char* directory, const char* pattern, bool recursive) {
@@ -145,10 +152,12 @@ bool DeleteDirectoryTree(const char* directory) {
   if (platform::directory_is_root(root.get())) return false;
   const platform::DirectoryHandle parent = platform::directory_open_parent(root.get());
   if (parent == nullptr) return platform::directory_remove(path);
-  Removal("*", true, true).Run(root.get());
-  // By now the path may lead elsewhere.
-  const std::string name = path.substr(path.rfind(platform::kPathSeparator) + 1);
-  return platform::entry_identity(parent.get(), name.c_str()) ==
-             platform::directory_identity(root.get()) &&
-         platform::entry_remove_directory(parent.get(), name.c_str());
+  return DeleteTree(parent.get(), root.get(),
+                    path.substr(path.rfind(platform::kPathSeparator) + 1));
+}
+
+bool DeleteDirectoryTree(platform::Directory* parent, const std::string& name) {
+  const platform::DirectoryHandle root = platform::directory_open_child(parent, name.c_str());
+  if (root == nullptr) return platform::entry_remove_directory(parent, name.c_str());
+  return DeleteTree(parent, root.get(), name);
 }

@@ -1,27 +1,49 @@
 // The start and the stop of the library.
 
 #include <atomic>
+#include <cstdint>
 #include <initializer_list>
 
+#include "frame/mp_kernel_debug.h"
 #include "kalvobase/lifecycle.h"
+#include "monitor/kalvo_kobj_manager.h"
 #include "platform/clock.h"
+#include "platform/thread.h"
+#include "timers/kalvo_timer_manager.h"
 
 namespace {
 
+void Nothing() {}
+
+// Nobody of the host is called from the last stages of the stop.
+void StopCallbacks() {
+  ResetKalvo_KernelDebugPrintFunction();
+  ResetKalvo_KernelDebugLogFunction();
+}
+
+void MakeChannel() { MP_KernelDebug::Get(); }
+
+// The objects of which a process has one, in their start order. In the reverse order their
+// threads are stopped, and after a rest they are freed. A subsystem that needs one keeps it in
+// a ProcessObject behind an accessor and adds its line here.
 struct ProcessObjectEntry {
   void (*make)();
+  void (*stop)();
   void (*free)();
 };
-
-// The process-wide objects in their start order; they are freed in the reverse order.
-// A subsystem that needs one keeps it in a ProcessObject behind an accessor and adds its
-// line here.
-constexpr std::initializer_list<ProcessObjectEntry> kStartOrder = {};
+constexpr std::initializer_list<ProcessObjectEntry> kStartOrder = {
+    {MakeChannel, Nothing, MP_KernelDebug::Free},
+    {Kalvo_KObjManager::Make, Kalvo_KObjManager::Stop, Kalvo_KObjManager::Free},
+    {Nothing, StopCallbacks, Nothing},
+    {Kalvo_TimerManager::Make, Kalvo_TimerManager::Stop, Kalvo_TimerManager::Free},
+};
 
 std::atomic<bool> started{false};
 
-// How long threads that were told to end get to leave the library's code.
+// How long threads that were told to end get to leave the library's code, and how long those
+// get that nobody owns any more.
 constexpr std::uint32_t kRestMs = 20;
+constexpr std::uint32_t kFinishMs = 2000;
 
 }  // namespace
 
@@ -32,8 +54,12 @@ extern "C" void klbase_init(void) {
 
 extern "C" void klbase_fini(void) {
   if (!started.exchange(false)) return;
+  for (const ProcessObjectEntry* object = kStartOrder.end(); object != kStartOrder.begin();) {
+    (--object)->stop();
+  }
   platform::sleep_ms(kRestMs);
   for (const ProcessObjectEntry* object = kStartOrder.end(); object != kStartOrder.begin();) {
     (--object)->free();
   }
+  platform::threads_finish(kFinishMs);
 }

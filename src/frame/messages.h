@@ -69,6 +69,57 @@ inline constexpr char kFsmCheckUnexpected[] = "%s ----(UnExceptEvent)--->%s(\xB8
 // %s定义后未被实际引用，可能是个潜在错误
 inline constexpr char kFsmUnreferenced[] = "%s\xB6\xA8\xD2\xE5\xBA\xF3\xCE\xB4\xB1\xBB\xCA\xB5\xBC\xCA\xD2\xFD\xD3\xC3\xA3\xAC\xBF\xC9\xC4\xDC\xCA\xC7\xB8\xF6\xC7\xB1\xD4\xDA\xB4\xED\xCE\xF3";
 
+// --- Threads: states ---
+
+// 无效
+inline constexpr char kThreadInvalid[] = "\xCE\xDE\xD0\xA7";
+
+// 停止
+inline constexpr char kThreadParked[] = "\xCD\xA3\xD6\xB9";
+
+// 运行
+inline constexpr char kThreadReleased[] = "\xD4\xCB\xD0\xD0";
+
+// 挂起
+inline constexpr char kThreadSuspended[] = "\xB9\xD2\xC6\xF0";
+
+// 未知
+inline constexpr char kThreadUnknown[] = "\xCE\xB4\xD6\xAA";
+
+// --- The object monitor ---
+
+// [警告] !!!!!!!线程[0x%08x:%s] %d 秒无响应,状态：%s stack={%s}!!!!!!!\n
+inline constexpr char kMonitorHungWithStack[] = "[\xBE\xAF\xB8\xE6] !!!!!!!\xCF\xDF\xB3\xCC[0x%08x:%s] %d \xC3\xEB\xCE\xDE\xCF\xEC\xD3\xA6,\xD7\xB4\xCC\xAC\xA3\xBA%s stack={%s}!!!!!!!\n";
+
+// [警告] !!!!!!!线程[0x%08x:%s] %d 秒无响应,状态：%s !!!!!!!\n
+inline constexpr char kMonitorHung[] = "[\xBE\xAF\xB8\xE6] !!!!!!!\xCF\xDF\xB3\xCC[0x%08x:%s] %d \xC3\xEB\xCE\xDE\xCF\xEC\xD3\xA6,\xD7\xB4\xCC\xAC\xA3\xBA%s !!!!!!!\n";
+
+// [重要信息] !!!!!!!由于磁盘空间不足，系统自动删除日志目录 %s !!!!!!!\n
+inline constexpr char kMonitorDeletedDirectory[] = "[\xD6\xD8\xD2\xAA\xD0\xC5\xCF\xA2] !!!!!!!\xD3\xC9\xD3\xDA\xB4\xC5\xC5\xCC\xBF\xD5\xBC\xE4\xB2\xBB\xD7\xE3\xA3\xAC\xCF\xB5\xCD\xB3\xD7\xD4\xB6\xAF\xC9\xBE\xB3\xFD\xC8\xD5\xD6\xBE\xC4\xBF\xC2\xBC %s !!!!!!!\n";
+
+// [重要信息] !!!!!!!由于磁盘空间不足，系统自动删除日志文件 %s !!!!!!!\n
+inline constexpr char kMonitorDeletedFile[] = "[\xD6\xD8\xD2\xAA\xD0\xC5\xCF\xA2] !!!!!!!\xD3\xC9\xD3\xDA\xB4\xC5\xC5\xCC\xBF\xD5\xBC\xE4\xB2\xBB\xD7\xE3\xA3\xAC\xCF\xB5\xCD\xB3\xD7\xD4\xB6\xAF\xC9\xBE\xB3\xFD\xC8\xD5\xD6\xBE\xCE\xC4\xBC\xFE %s !!!!!!!\n";
+
+// --- Timers ---
+
+// 成功分配第%d个定时资源组(每组256个资源)\n
+inline constexpr char kTimerGroupMade[] = "\xB3\xC9\xB9\xA6\xB7\xD6\xC5\xE4\xB5\xDA%d\xB8\xF6\xB6\xA8\xCA\xB1\xD7\xCA\xD4\xB4\xD7\xE9(\xC3\xBF\xD7\xE9""256\xB8\xF6\xD7\xCA\xD4\xB4)\n";
+
+// !!SetTimer(ms=%d,owner=%d,attr=%d,seq=%d,data=%s) 失败，资源不足!!\n
+inline constexpr char kTimerNoResource[] = "!!SetTimer(ms=%d,owner=%d,attr=%d,seq=%d,data=%s) \xCA\xA7\xB0\xDC\xA3\xAC\xD7\xCA\xD4\xB4\xB2\xBB\xD7\xE3!!\n";
+
+// !!ClearTimer(identify=0x%x) 失败,对象不存在!!\n
+inline constexpr char kTimerClearMissing[] = "!!ClearTimer(identify=0x%x) \xCA\xA7\xB0\xDC,\xB6\xD4\xCF\xF3\xB2\xBB\xB4\xE6\xD4\xDA!!\n";
+
+// !!ClearTimer(identify=0x%x) 失败,对象不匹配,real id=0x%x!!\n
+inline constexpr char kTimerClearMismatch[] = "!!ClearTimer(identify=0x%x) \xCA\xA7\xB0\xDC,\xB6\xD4\xCF\xF3\xB2\xBB\xC6\xA5\xC5\xE4,real id=0x%x!!\n";
+
+// !!StopWatch(identify=0x%x) 失败,对象不存在!!\n
+inline constexpr char kTimerWatchMissing[] = "!!StopWatch(identify=0x%x) \xCA\xA7\xB0\xDC,\xB6\xD4\xCF\xF3\xB2\xBB\xB4\xE6\xD4\xDA!!\n";
+
+// !!StopWatch(identify=0x%x) 失败,对象不匹配,real id=0x%x!!\n
+inline constexpr char kTimerWatchMismatch[] = "!!StopWatch(identify=0x%x) \xCA\xA7\xB0\xDC,\xB6\xD4\xCF\xF3\xB2\xBB\xC6\xA5\xC5\xE4,real id=0x%x!!\n";
+
 // clang-format on
 
 }  // namespace messages

@@ -1,4 +1,4 @@
-// The steady clock in milliseconds, and sleeping by it.
+// The steady clock in milliseconds, sleeping by it, and the time of day.
 
 #ifndef KALVOBASE_SRC_PLATFORM_CLOCK_H_
 #define KALVOBASE_SRC_PLATFORM_CLOCK_H_
@@ -16,6 +16,13 @@ void shift_tick_count_for_test(std::uint32_t shift);
 // Sleeps the whole time, whatever signals arrive: for 0 only until others have had their
 // turn, for 0xFFFFFFFF for ever.
 void sleep_ms(std::uint32_t ms);
+
+// The time of day, which somebody may set at any time.
+struct WallTime {
+  long seconds;  // since 1970
+  int milliseconds;
+};
+WallTime wall_time();
 
 }  // namespace platform
 

@@ -49,6 +49,7 @@ struct FileStatus {
   std::int64_t accessed = 0;  // these three in seconds since 1970
   std::int64_t modified = 0;
   std::int64_t created = 0;  // the last change where the file system keeps no birth
+  std::int32_t createdNanoseconds = 0;  // behind that second
   FileIdentity identity;
 };
 
@@ -58,6 +59,13 @@ bool file_status(const std::string& path, FileStatus* status);
 bool file_exists(const std::string& path);
 
 bool is_link(const std::string& path);
+
+// Makes a link at `path` to `target`, which is told from where the link lies. Where a system
+// keeps its links for administrators, nothing is made.
+bool link_make(const std::string& target, const std::string& path);
+
+// What a link tells as its target; empty if there is no such link.
+std::string link_target(const std::string& path);
 
 // The path without links; empty if it leads nowhere.
 std::string resolve_links(const std::string& path);
@@ -81,6 +89,9 @@ constexpr int kOpenBinary = 0x8000;
 int file_open(const std::string& path, int flags, int permissions);
 
 int file_close(int descriptor);
+
+// Whether an open file has been removed and has no name any more.
+bool file_is_nameless(int descriptor);
 
 // The number of bytes, 0 at the end, kTransferWouldBlock or kTransferFailed.
 std::int64_t file_read(int descriptor, char* buffer, std::size_t size);

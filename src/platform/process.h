@@ -3,12 +3,18 @@
 #ifndef KALVOBASE_SRC_PLATFORM_PROCESS_H_
 #define KALVOBASE_SRC_PLATFORM_PROCESS_H_
 
+#include <cstdint>
 #include <string>
 
 namespace platform {
 
 // The full path of the program's executable file; empty if the system does not tell.
 std::string executable_path();
+
+std::uint32_t process_id();
+
+// Null if there is no such variable. The text is the system's.
+const char* environment_variable(const char* name);
 
 }  // namespace platform
 

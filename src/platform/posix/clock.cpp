@@ -27,6 +27,12 @@ std::uint32_t tick_count() {
 
 void shift_tick_count_for_test(std::uint32_t shift) { tick_shift = shift; }
 
+WallTime wall_time() {
+  timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  return {static_cast<long>(now.tv_sec), static_cast<int>(now.tv_nsec / 1000000)};
+}
+
 void sleep_ms(std::uint32_t ms) {
   if (ms == 0) sched_yield();
   while (ms == kNoLimit) pause();

@@ -81,6 +81,16 @@ bool is_link(const std::string& path) {
   return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
+bool link_make(const std::string& target, const std::string& path) {
+  return symlink(target.c_str(), path.c_str()) == 0;
+}
+
+std::string link_target(const std::string& path) {
+  char target[PATH_MAX];
+  const ssize_t n = readlink(path.c_str(), target, sizeof(target));
+  return std::string(target, n > 0 ? static_cast<std::size_t>(n) : 0);
+}
+
 std::string resolve_links(const std::string& path) {
   const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), free);
   return resolved != nullptr ? resolved.get() : std::string();
@@ -119,6 +129,11 @@ int file_open(const std::string& path, int flags, int permissions) {
 }
 
 int file_close(int descriptor) { return close(descriptor); }
+
+bool file_is_nameless(int descriptor) {
+  struct stat status;
+  return fstat(descriptor, &status) == 0 && status.st_nlink == 0;
+}
 
 std::int64_t file_read(int descriptor, char* buffer, std::size_t size) {
   return transfer([=] { return read(descriptor, buffer, size); });

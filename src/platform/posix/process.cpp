@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstddef>
+#include <cstdlib>
 
 namespace platform {
 
@@ -27,5 +28,9 @@ std::string executable_path() {
   }
   return path;
 }
+
+std::uint32_t process_id() { return static_cast<std::uint32_t>(getpid()); }
+
+const char* environment_variable(const char* name) { return std::getenv(name); }
 
 }  // namespace platform

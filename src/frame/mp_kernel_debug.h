@@ -1,0 +1,60 @@
+// MP_KernelDebug: the channel behind the Kalvo_KernelDebug functions.
+
+#ifndef KALVOBASE_SRC_FRAME_MP_KERNEL_DEBUG_H_
+#define KALVOBASE_SRC_FRAME_MP_KERNEL_DEBUG_H_
+
+#include <atomic>
+#include <cstdarg>
+#include <memory>
+
+#include "kalvobase/kernel_debug.h"
+
+class MP_Log;
+
+class MP_KernelDebug {
+ public:
+  // Levels of this value and below are errors.
+  static constexpr int kErrorLevel = -4096;
+
+  // Opens the error log if the environment asks for it.
+  MP_KernelDebug();
+  MP_KernelDebug(const MP_KernelDebug&) = delete;
+  MP_KernelDebug& operator=(const MP_KernelDebug&) = delete;
+  virtual ~MP_KernelDebug();
+
+  // The channel of the process; null if memory ran out.
+  static MP_KernelDebug* Get();
+  static void Free();
+
+  void Print(int level, const char* format, va_list args);
+  void Log(int level, const char* format, va_list args);
+
+  void SetPrint(KernelDebugFunction function) { print_ = OrNothing(function); }
+  void SetLog(KernelDebugFunction function) { log_ = OrNothing(function); }
+  void SetErrorLog(KernelDebugFunction function) { error_ = OrNothing(function); }
+
+ private:
+  static void DoNothing(int level, const char* format, va_list args);
+  static KernelDebugFunction OrNothing(KernelDebugFunction function) {
+    return function != nullptr ? function : DoNothing;
+  }
+  static void Call(KernelDebugFunction function, int level, const char* format, va_list args);
+
+  std::atomic<KernelDebugFunction> print_{DoNothing};
+  std::atomic<KernelDebugFunction> log_{DoNothing};
+  std::atomic<KernelDebugFunction> error_{nullptr};  // null: the error log
+  std::unique_ptr<MP_Log> errorLog_;                 // null unless the environment asks for it
+};
+
+namespace kernel_debug {
+
+// The level of every error of the library itself.
+constexpr int kError = -4097;
+
+// A line for the Log stream at one level, then for the Print stream at another. A null format
+// says nothing.
+void Tell(int logLevel, int printLevel, const char* format, ...);
+
+}  // namespace kernel_debug
+
+#endif  // KALVOBASE_SRC_FRAME_MP_KERNEL_DEBUG_H_

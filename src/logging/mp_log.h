@@ -1,0 +1,66 @@
+// MP_Log: what is behind a Kalvo_Log. The object monitor owns it.
+
+#ifndef KALVOBASE_SRC_LOGGING_MP_LOG_H_
+#define KALVOBASE_SRC_LOGGING_MP_LOG_H_
+
+#include <atomic>
+#include <climits>
+#include <cstdarg>
+#include <string>
+
+#include "concurrency/mp_lock.h"
+#include "logging/log_file.h"
+
+// Every log has a lock, also one of which the host promises to use it from one thread: the
+// monitor is another one.
+class MP_Log {
+ public:
+  MP_Log() = default;
+  MP_Log(const MP_Log&) = delete;
+  MP_Log& operator=(const MP_Log&) = delete;
+
+  void Init(const char* name, int level);
+  void SetMainDirectory(const char* directory);
+  void ChangeLevel(int level) { level_ = level; }
+  void SetSizeLimit(int bytes);
+
+  void Print(int level, const char* format, va_list args);
+  void Print(long time, int level, const char* format, va_list args);
+  void HexPrint(int level, const char* data, int length, const char* format, va_list args);
+  void Write(const char* text);
+  void Flush();
+  void CheckFile();
+
+  // The second is for threads that do not set it.
+  const char* GetDirInfo() const { return file_.mainDirectory().c_str(); }
+  std::string MainDirectory();
+
+ private:
+  // The local time of a second, and as it stands in a prefix, up to the milliseconds.
+  struct Stamp {
+    long second = LONG_MIN;
+    std::tm local = {};
+    std::string text;
+  };
+
+  bool Passes(int level) const { return level <= level_.load(std::memory_order_relaxed); }
+
+  // These expect the lock to be held. Record writes what `putBody` puts between the prefix and
+  // the end of the record's last line.
+  template <class PutBody>
+  void Record(int milliseconds, PutBody putBody);
+  void SetStamp(long second);
+  void PutPrefix(int milliseconds);
+  void PutBytes(const char* bytes, std::size_t n);
+  void PutMessage(const char* format, va_list args);
+  void PutHex(const char* data, int length);
+  void EndLine();
+
+  std::atomic<int> level_{INT_MIN};
+  MP_Lock lock_;
+  LogFile file_;
+  Stamp stamp_;
+  std::string waiting_;  // what Write was given while there was no file
+};
+
+#endif  // KALVOBASE_SRC_LOGGING_MP_LOG_H_

@@ -1,0 +1,60 @@
+// MP_KObjManager: the registry of threads and logs, and the thread that looks after them.
+
+#ifndef KALVOBASE_SRC_MONITOR_MP_KOBJ_MANAGER_H_
+#define KALVOBASE_SRC_MONITOR_MP_KOBJ_MANAGER_H_
+
+#include <atomic>
+#include <memory>
+
+#include "concurrency/mp_lock.h"
+#include "concurrency/mp_thread.h"
+#include "kalvobase/queue.h"
+#include "platform/event.h"
+
+class MP_Log;
+
+class MP_KObjManager {
+ public:
+  // Its thread stands at the start gate.
+  MP_KObjManager();
+  MP_KObjManager(const MP_KObjManager&) = delete;
+  MP_KObjManager& operator=(const MP_KObjManager&) = delete;
+
+  // Stops every thread and closes every log that is left.
+  virtual ~MP_KObjManager();
+
+  // Releases the thread, or makes another if the process was forked from one that has it.
+  void EnsureRunning();
+
+  // Ends the thread for good.
+  void Stop();
+
+  MP_Thread* NewThread(MP_Thread::Routine routine, void* context, bool run, const char* name,
+                       const char* stackText);
+  void DeleteThread(MP_Thread* thread);
+  MP_Log* NewLog();
+  void DeleteLog(MP_Log* log);
+
+  // One look at everything; the threads only if `threads` is true.
+  void RunPass(bool threads);
+
+ private:
+  class Node;
+  class ThreadNode;
+  class LogNode;
+
+  static unsigned long DoMonitor(void* self);
+  void Monitor();
+  void MakeThread();
+  bool Add(std::unique_ptr<Node> node);
+  void Delete(const void* object);
+
+  // Guards the registry; held during a whole pass, and taken before the lock of any log.
+  MP_Lock lock_;
+  Kalvo_Queue registry_{0, 0};
+  platform::Event* stop_;  // cuts the monitor's sleep short
+  std::atomic<bool> released_{false};
+  std::atomic<MP_Thread*> thread_{nullptr};  // not in the registry
+};
+
+#endif  // KALVOBASE_SRC_MONITOR_MP_KOBJ_MANAGER_H_

@@ -1,0 +1,256 @@
+#include "platform/thread.h"
+
+#include <cxxabi.h>
+#include <errno.h>
+#include <pthread.h>
+#include <setjmp.h>
+#include <string.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <climits>
+#include <memory>
+#include <mutex>
+#include <new>
+
+#include "platform/clock.h"
+#include "platform/posix/deadline.h"
+#include "platform/posix/futex.h"
+#include "platform/posix/thread_control.h"
+#include "platform/wait_result.h"
+
+namespace platform {
+
+struct Thread {
+  pthread_t handle;
+  ThreadControl control;
+  std::atomic<std::uint32_t> id{0};  // 0 until the thread has begun
+  void (*body)(void*);
+  void* context;
+  char name[16];  // the kernel keeps no more
+  jmp_buf end;    // where thread_exit goes to
+  bool foreign = false;    // stayed behind when the process was forked
+  bool abandoned = false;  // closed by itself, not freed yet
+  bool finishing = false;  // threads_finish waits for it
+  Thread* next = nullptr;  // of all threads that are not freed yet
+};
+
+namespace {
+
+// How long a thread whose body has ended gets for what the host has it do at its very end.
+constexpr std::uint32_t kEndMs = 2000;
+
+__attribute__((tls_model("initial-exec"))) thread_local Thread* current = nullptr;
+
+// Every thread that is not freed yet. Used up to the very end of the process, so nothing in it
+// has a destructor.
+struct Register {
+  std::mutex lock;
+  bool prepared = false;  // whether the handlers are installed
+  Thread* first = nullptr;
+  std::atomic<std::uint32_t> abandoned{0};
+};
+
+Register all;
+
+// A forked child has only the thread that forked.
+void HoldRegister() { all.lock.lock(); }
+void ReleaseRegister() { all.lock.unlock(); }
+void GoOnInChild() {
+  for (Thread* thread = all.first; thread != nullptr; thread = thread->next) {
+    thread->foreign = thread != current;
+  }
+  if (current != nullptr) current->id = current_thread_id();
+  all.lock.unlock();
+}
+
+void* Run(void* argument) {
+  Thread* const self = static_cast<Thread*>(argument);
+  current = self;
+  self->control.Begin();
+  pthread_setname_np(pthread_self(), self->name);
+  self->id = current_thread_id();
+  futex_wake(&self->id, INT_MAX, FutexScope::kProcess);
+  struct Ending {
+    ThreadControl* const control;
+    ~Ending() { control->End(); }
+  };
+  const Ending ending{&self->control};
+  if (_setjmp(self->end) == 0) self->body(self->context);
+  return nullptr;
+}
+
+// Waits until the system has done with the thread.
+bool Join(Thread* thread, std::uint32_t ms) {
+  if (thread->control.WasKilled()) {
+    const timespec deadline = deadline_after(ms);
+    return pthread_clockjoin_np(thread->handle, nullptr, CLOCK_MONOTONIC, &deadline) == 0;
+  }
+  if (ms == 0) return pthread_tryjoin_np(thread->handle, nullptr) == 0;
+  timespec deadline;
+  clock_gettime(CLOCK_REALTIME, &deadline);
+  deadline.tv_sec += static_cast<time_t>(ms / 1000) + 1;
+  return pthread_timedjoin_np(thread->handle, nullptr, &deadline) == 0;
+}
+
+bool JoinOrKill(Thread* thread, std::uint32_t ms) {
+  if (thread->foreign || Join(thread, ms)) return true;
+  thread->control.Kill(thread->handle);
+  return Join(thread, kEndMs);
+}
+
+// These expect the register to be locked.
+void Prepare() {
+  if (all.prepared) return;
+  // The C library forgets these when the library is unloaded.
+  static const int watching = pthread_atfork(HoldRegister, ReleaseRegister, GoOnInChild);
+  all.prepared = ThreadControl::InstallHandler() && watching == 0;
+}
+
+void Forget(Thread* thread) {
+  Thread** link = &all.first;
+  while (*link != thread) link = &(*link)->next;
+  *link = thread->next;
+  if (thread->abandoned) --all.abandoned;
+}
+
+Thread* FirstOther() {
+  return all.first != current || all.first == nullptr ? all.first : all.first->next;
+}
+
+// Frees threads that closed themselves and have ended since.
+void FreeAbandoned() {
+  if (all.abandoned == 0) return;
+  std::lock_guard<std::mutex> guard(all.lock);
+  Thread* next;
+  for (Thread* thread = all.first; thread != nullptr; thread = next) {
+    next = thread->next;
+    if (!thread->abandoned || thread->finishing || thread == current) continue;
+    if (!thread->foreign && !Join(thread, 0)) continue;
+    Forget(thread);
+    delete thread;
+  }
+}
+
+}  // namespace
+
+Thread* thread_create(void (*body)(void*), void* context, const char* name) {
+  FreeAbandoned();
+  std::unique_ptr<Thread> thread(new (std::nothrow) Thread);
+  if (thread == nullptr) return nullptr;
+  thread->body = body;
+  thread->context = context;
+  strncpy(thread->name, name, sizeof(thread->name) - 1);
+  thread->name[sizeof(thread->name) - 1] = '\0';
+  {
+    std::lock_guard<std::mutex> guard(all.lock);
+    Prepare();
+    thread->next = all.first;
+    all.first = thread.get();
+  }
+  if (pthread_create(&thread->handle, nullptr, Run, thread.get()) != 0) {
+    std::lock_guard<std::mutex> guard(all.lock);
+    Forget(thread.get());
+    return nullptr;
+  }
+  while (thread->id == 0) futex_wait(&thread->id, 0, nullptr, FutexScope::kProcess);
+  return thread.release();
+}
+
+void thread_close(Thread* thread) {
+  if (thread == nullptr) return;
+  const bool gone = thread != current && JoinOrKill(thread, kEndMs);
+  {
+    std::lock_guard<std::mutex> guard(all.lock);
+    if (gone) {
+      Forget(thread);
+    } else {
+      thread->abandoned = true;
+      ++all.abandoned;
+    }
+  }
+  if (gone) delete thread;
+  FreeAbandoned();
+}
+
+std::uint32_t thread_id(const Thread* thread) { return thread != nullptr ? thread->id.load() : 0; }
+
+std::uint32_t current_thread_id() { return static_cast<std::uint32_t>(syscall(SYS_gettid)); }
+
+bool thread_is_current(const Thread* thread) { return thread != nullptr && thread == current; }
+
+bool thread_was_killed(const Thread* thread) {
+  return thread == nullptr || thread->control.WasKilled() || thread->foreign;
+}
+
+void* thread_native_handle(Thread* thread) {
+  return thread != nullptr ? reinterpret_cast<void*>(thread->handle) : nullptr;
+}
+
+int thread_priority(const Thread* thread) {
+  if (thread == nullptr || thread->control.HasEnded()) return kPriorityUnknown;
+  errno = 0;
+  const int priority = getpriority(PRIO_PROCESS, thread->id);
+  return errno == 0 ? priority : kPriorityUnknown;
+}
+
+bool thread_set_priority(Thread* thread, int priority) {
+  return thread != nullptr && !thread->control.HasEnded() &&
+         setpriority(PRIO_PROCESS, thread->id, priority) == 0;
+}
+
+std::uint32_t thread_suspend(Thread* thread) {
+  if (thread == nullptr) return kSuspendFailed;
+  if (thread == current) {
+    thread->control.SuspendSelf();
+    return 0;
+  }
+  return !thread->foreign && thread->control.Suspend(thread->handle) ? 0 : kSuspendFailed;
+}
+
+std::uint32_t thread_resume(Thread* thread) {
+  return thread != nullptr && thread->control.Resume() ? 1 : kSuspendFailed;
+}
+
+void thread_kill(Thread* thread) {
+  if (thread != nullptr && !thread->foreign) thread->control.Kill(thread->handle);
+}
+
+void thread_exit() {
+  if (current != nullptr) _longjmp(current->end, 1);
+  pthread_exit(nullptr);
+}
+
+bool call_guarded(const std::function<void()>& call) {
+  try {
+    call();
+    return true;
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+    return false;
+  }
+}
+
+void threads_finish(std::uint32_t ms) {
+  const std::uint32_t start = tick_count();
+  std::unique_lock<std::mutex> guard(all.lock);
+  Thread* thread;
+  while ((thread = FirstOther()) != nullptr) {
+    thread->finishing = true;
+    guard.unlock();
+    const std::uint32_t passed = tick_count() - start;
+    const bool gone = JoinOrKill(thread, passed < ms ? ms - passed : 0);
+    guard.lock();
+    Forget(thread);
+    if (gone) delete thread;  // what cannot even be killed keeps what it runs on
+  }
+  if (all.first != nullptr || !all.prepared) return;
+  ThreadControl::RemoveHandler();
+  all.prepared = false;
+}
+
+}  // namespace platform

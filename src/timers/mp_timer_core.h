@@ -1,0 +1,82 @@
+// MP_TimerCore: the timers and the thread that fires them.
+
+#ifndef KALVOBASE_SRC_TIMERS_MP_TIMER_CORE_H_
+#define KALVOBASE_SRC_TIMERS_MP_TIMER_CORE_H_
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "concurrency/mp_lock.h"
+#include "concurrency/mp_thread.h"
+#include "platform/event.h"
+#include "timers/mp_timer_list.h"
+#include "timers/mp_timer_record.h"
+#include "timers/numbered_pool.h"
+
+class MP_TimerCore {
+ public:
+  static constexpr std::uint32_t kWithoutEnd = 0xFFFFFFFF;
+
+  MP_TimerCore();
+  MP_TimerCore(const MP_TimerCore&) = delete;
+  MP_TimerCore& operator=(const MP_TimerCore&) = delete;
+  virtual ~MP_TimerCore();
+
+  // Delivers a firing, on the timer thread, which holds no lock of this class meanwhile.
+  virtual void Dispatch(MP_TimerInfo* info);
+
+  // Makes the thread, or another one if the process was forked from one that has it.
+  void EnsureRunning(const char* name);
+
+  // Ends it for good. Whatever has fired and was not delivered is dropped.
+  void StopThread();
+
+  // `timer` is what is told of it; its number, its count and its place are chosen here. The
+  // number, or 0 if there are too many timers.
+  std::uint32_t Set(std::uint32_t count, const MP_TimerInfo& timer);
+  void Clear(std::uint32_t id);
+  std::uint32_t Reset(std::uint32_t id, std::uint32_t ms);
+  std::uint32_t Watch(std::uint32_t id, bool stop);
+
+  // Fires what is due. For the timer thread, and for a test that stands in for it.
+  void RunPass();
+  void DeliverFired();
+
+ private:
+  static unsigned long ThreadRoutine(void* self);
+  void Run(MP_Thread* thread);
+  void Deliver(MP_TimerInfo* info);
+
+  // These expect lock_ to be held.
+  std::uint64_t Now(std::uint32_t stepBack);
+  MP_TimerRecord* Find(std::uint32_t id, const char* missing, const char* mismatch) const;
+  void Arm(MP_TimerRecord* record, MP_TimerDue due);
+  void Disarm(const MP_TimerRecord* record) {
+    lists_.Disarm(record->list, record->due, record->place);
+  }
+  bool Fire(MP_TimerRecord* record);
+  void Rearm(MP_TimerRecord* record, std::uint64_t now);
+  void Free(MP_TimerRecord* record);
+
+  static constexpr int kTextSize = 256;
+
+  // Guards everything here but fired_, which is the timer thread's, and what tells of itself.
+  MP_Lock lock_;
+  NumberedPool<MP_TimerRecord> records_;
+  MP_TimerLists lists_;
+  std::vector<std::uint16_t> due_;  // of the pass that runs; has room for all records
+  std::uint64_t now_ = 0;           // the service's own clock, in milliseconds
+  std::uint32_t lastTick_;          // up to where it has been moved on
+
+  std::vector<MP_TimerInfo> fired_;  // on their way to delivery
+  std::vector<MP_TimerInfo> delivering_;
+  std::uint32_t wait_;  // how long the thread may sleep until the next pass
+
+  std::atomic<MP_Thread*> thread_{nullptr};
+  std::atomic<bool> started_{false};
+  platform::Event* stop_;  // cuts the thread's sleep short
+  char text_[kTextSize];   // the firing that is being delivered, for reports about the thread
+};
+
+#endif  // KALVOBASE_SRC_TIMERS_MP_TIMER_CORE_H_
