@@ -13,6 +13,9 @@ std::uint32_t tick_count();
 // Adds `shift` to what tick_count gives, so that a test can stand just before the wrap.
 void shift_tick_count_for_test(std::uint32_t shift);
 
+// Makes tick_count give `tick` until the next call of one of the two.
+void hold_tick_count_for_test(std::uint32_t tick);
+
 // Sleeps the whole time, whatever signals arrive: for 0 only until others have had their
 // turn, for 0xFFFFFFFF for ever.
 void sleep_ms(std::uint32_t ms);
@@ -23,6 +26,9 @@ struct WallTime {
   int milliseconds;
 };
 WallTime wall_time();
+
+// Adds `seconds` to what wall_time gives, so that a test need not wait for midnight.
+void shift_wall_time_for_test(long seconds);
 
 }  // namespace platform
 

@@ -42,10 +42,18 @@ void MP_TimerList::Erase(std::size_t at, std::size_t n) {
 }
 
 void MP_TimerList::TakeDue(std::uint64_t now, std::vector<std::uint16_t>* places) {
-  std::size_t n = 0;
-  while (n < count_ && slots_->due[n].FiresAt(now)) ++n;
-  places->insert(places->end(), slots_->place, slots_->place + n);
-  Erase(0, n);
+  Slots& slots = *slots_;
+  std::size_t seen = 0;
+  std::size_t kept = 0;
+  for (; seen < count_ && slots.due[seen].time() <= now + MP_TimerDue::kSlack; ++seen) {
+    if (slots.due[seen].FiresAt(now)) {
+      places->push_back(slots.place[seen]);
+    } else {
+      slots.due[kept] = slots.due[seen];
+      slots.place[kept++] = slots.place[seen];
+    }
+  }
+  Erase(kept, seen - kept);
 }
 
 std::uint8_t MP_TimerLists::Arm(MP_TimerDue due, std::uint16_t place) {
@@ -65,7 +73,7 @@ std::uint64_t MP_TimerLists::TakeDue(std::uint64_t now, std::uint64_t latest,
   std::uint64_t next = latest;
   for (std::size_t i = 0; i < used_; ++i) {
     MP_TimerList& list = lists_[i];
-    if (!list.IsEmpty() && list.First().FiresAt(now)) {
+    if (!list.IsEmpty() && list.First().time() <= now + MP_TimerDue::kSlack) {
       list.TakeDue(now, places);
       firstOpen_ = std::min(firstOpen_, i);
     }
