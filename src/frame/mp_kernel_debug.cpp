@@ -10,16 +10,16 @@
 
 namespace {
 
-ProcessObject<MP_KernelDebug> channel;
+ProcessObject<MP_KernelDebug> theChannel;
 
 constexpr int kErrorLogSize = 0x1400000;
 constexpr int kErrorLogLevel = 1000;
 
 }  // namespace
 
-MP_KernelDebug* MP_KernelDebug::Get() { return channel.Get(); }
+MP_KernelDebug* MP_KernelDebug::Get() { return theChannel.Get(); }
 
-void MP_KernelDebug::Free() { channel.Free(); }
+void MP_KernelDebug::Free() { theChannel.Free(); }
 
 MP_KernelDebug::MP_KernelDebug() {
   const char* const directory = platform::environment_variable("Kalvo_Err_LogDir");

@@ -5,7 +5,7 @@
 
 namespace {
 
-ProcessObject<Kalvo_KObjManager> manager;
+ProcessObject<Kalvo_KObjManager> theMonitor;
 
 }  // namespace
 
@@ -13,18 +13,18 @@ Kalvo_KObjManager::Kalvo_KObjManager() : impl_(new MP_KObjManager) {}
 Kalvo_KObjManager::~Kalvo_KObjManager() = default;
 
 Kalvo_KObjManager* Kalvo_KObjManager::Get() {
-  Kalvo_KObjManager* const monitor = manager.Get();
+  Kalvo_KObjManager* const monitor = theMonitor.Get();
   if (monitor != nullptr) monitor->impl_->EnsureRunning();
   return monitor;
 }
 
-void Kalvo_KObjManager::Make() { manager.Get(); }
+void Kalvo_KObjManager::Make() { theMonitor.Get(); }
 
 void Kalvo_KObjManager::Stop() {
   if (Kalvo_KObjManager* monitor = Get()) monitor->impl_->Stop();
 }
 
-void Kalvo_KObjManager::Free() { manager.Free(); }
+void Kalvo_KObjManager::Free() { theMonitor.Free(); }
 
 MP_Thread* Kalvo_KObjManager::NewThread(MP_Thread::Routine routine, void* context, bool run,
                                         const char* name, const char* stackText) {

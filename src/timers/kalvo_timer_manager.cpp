@@ -5,7 +5,7 @@
 
 namespace {
 
-ProcessObject<Kalvo_TimerManager> manager;
+ProcessObject<Kalvo_TimerManager> theTimers;
 
 }  // namespace
 
@@ -13,18 +13,18 @@ ProcessObject<Kalvo_TimerManager> manager;
 Kalvo_TimerManager::~Kalvo_TimerManager() { StopThread(); }
 
 Kalvo_TimerManager* Kalvo_TimerManager::Get() {
-  Kalvo_TimerManager* const timers = manager.Get();
+  Kalvo_TimerManager* const timers = theTimers.Get();
   if (timers != nullptr) timers->EnsureRunning("Kalvo_TimerManager");
   return timers;
 }
 
-void Kalvo_TimerManager::Make() { manager.Get(); }
+void Kalvo_TimerManager::Make() { theTimers.Get(); }
 
 void Kalvo_TimerManager::Stop() {
   if (Kalvo_TimerManager* timers = Get()) timers->StopThread();
 }
 
-void Kalvo_TimerManager::Free() { manager.Free(); }
+void Kalvo_TimerManager::Free() { theTimers.Free(); }
 
 std::uint32_t Kalvo_TimerManager::AddOwner(Kalvo_Timer* owner) {
   Kalvo_AutoLock guard(&ownerLock_);

@@ -355,7 +355,7 @@ TEST(Thread, LeavesNothingBehind) {
     if (i % 100 == 0) Start(&stuck)->WaitFor(0);
   };
   for (int i = 0; i < 200; ++i) round(i);
-  const std::ptrdiff_t mappings = Mappings();
+  [[maybe_unused]] const std::ptrdiff_t mappings = Mappings();
   const long descriptors = support::OpenDescriptors();
   for (int i = 0; i < kThreads; ++i) round(i);
   WaitUntil([] { return support::Names("/proc/self/task").size() <= 3; });
