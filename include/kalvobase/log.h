@@ -32,7 +32,6 @@
 #include "kalvobase/types.h"
 
 class MP_Log;
-struct MP_LogHolder;
 
 // A copy writes to the same log with no count of users: of the handles that share one exactly
 // one may be destroyed, and after that the others must not be used.
@@ -91,7 +90,7 @@ class KALVO_API Kalvo_Log {
   const char* GetDirInfo();
 
  private:
-  MP_LogHolder* impl_;
+  MP_Log* impl_;
 };
 
 #endif  // KALVOBASE_LOG_H_

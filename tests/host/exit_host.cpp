@@ -1,0 +1,79 @@
+// Hosts that end in the middle of something: exit is called from a thread or callback of the
+// library's, or with everything running. The test's time-out is what must not be needed.
+
+#include <kalvobase/kalvobase.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+class Leaver : public Kalvo_Timer {
+ public:
+  explicit Leaver(bool stay) : stay_(stay) {}
+  void OnTimer(unsigned long, unsigned long, unsigned long, unsigned long, unsigned long,
+               const char*) override {
+    if (!stay_) std::exit(0);
+    for (;;) pause();
+  }
+
+ private:
+  const bool stay_;
+};
+
+void LeaveFromCallback(int, const char* format, va_list) {
+  if (std::strstr(format, "runing") != nullptr) std::exit(0);
+}
+
+unsigned long Leave(void*) { std::exit(0); }
+
+unsigned long Work(void* thread) {
+  while ((*static_cast<Kalvo_Thread**>(thread))->Running()) Kalvo_Thread_Sleep(1);
+  return 0;
+}
+
+unsigned long Spin(void*) {
+  for (;;) {
+    asm volatile("");
+  }
+}
+
+unsigned long GoOnAlone(void* thread) {
+  delete *static_cast<Kalvo_Thread**>(thread);
+  return Spin(nullptr);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const char* const how = argc > 1 ? argv[1] : "";
+  if (std::strcmp(how, "timer") == 0) {
+    static Leaver leaver(false);
+    leaver.SetTimer(5, 0, 0, 0, nullptr);
+    for (;;) pause();
+  }
+  if (std::strcmp(how, "callback") == 0) {
+    SetKalvo_KernelDebugPrintFunction(LeaveFromCallback);
+    new Kalvo_Thread(Spin, nullptr, 1, "spin", nullptr, 0);
+    for (;;) pause();
+  }
+  if (std::strcmp(how, "thread") == 0) {
+    new Kalvo_Thread(Leave, nullptr, 1, "leave", nullptr, 0);
+    for (;;) pause();
+  }
+  if (std::strcmp(how, "living") == 0) {
+    static Kalvo_Thread* threads[4];
+    threads[0] = new Kalvo_Thread(Work, &threads[0], 1, "work", nullptr, 0);
+    threads[1] = new Kalvo_Thread(Spin, nullptr, 1, "spin", nullptr, 0);
+    threads[2] = new Kalvo_Thread(Spin, nullptr, 0, "parked", nullptr, 0);
+    threads[3] = new Kalvo_Thread(GoOnAlone, &threads[3], 0, "alone", nullptr, 0);
+    threads[3]->Resume();
+    static Leaver* const leaver = new Leaver(true);
+    leaver->SetTimer(1, 0, 0, 0, nullptr);
+    Kalvo_Thread_Sleep(50);
+    threads[1]->Suspend();
+    return 0;
+  }
+  return 1;
+}

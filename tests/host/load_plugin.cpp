@@ -1,0 +1,47 @@
+// What a host loads and unloads together with the library: it leaves everything running.
+
+#include <kalvobase/kalvobase.h>
+
+#include <new>
+
+namespace {
+
+class Ticker : public Kalvo_Timer {
+ public:
+  void OnTimer(unsigned long, unsigned long, unsigned long, unsigned long, unsigned long,
+               const char*) override {
+    ++ticks;
+  }
+  int ticks = 0;
+};
+
+// Never destroyed.
+template <class T>
+struct Kept {
+  alignas(T) unsigned char memory[sizeof(T)];
+  T* object() { return reinterpret_cast<T*>(memory); }
+};
+Kept<Kalvo_Thread> worker;
+Kept<Kalvo_Thread> parked;
+Kept<Kalvo_Log> log;
+Kept<Ticker> ticker;
+
+unsigned long Work(void*) {
+  while (worker.object()->Running()) Kalvo_Thread_Sleep(1);
+  return 0;
+}
+
+}  // namespace
+
+extern "C" void StartEverything(const char* directory) {
+  new (worker.memory) Kalvo_Thread(Work, nullptr, 1, "worker", nullptr, 0);
+  new (parked.memory) Kalvo_Thread(Work, nullptr, 0, "parked", nullptr, 0);
+  new (log.memory) Kalvo_Log(1);
+  log.object()->SetMainDir(directory);
+  log.object()->Init("load", 1);
+  log.object()->Trace(1, "loaded");
+  log.object()->Write("and not flushed");
+  new (ticker.memory) Ticker;
+  ticker.object()->SetRepeatTimer(0xFFFFFFFF, 1, 0, 0, 0, "text");
+  ticker.object()->SetTimer(100000, 0, 0, 0, nullptr);
+}
