@@ -27,8 +27,8 @@ struct WallTime {
 };
 WallTime wall_time();
 
-// Adds `seconds` to what wall_time gives, so that a test need not wait for midnight.
-void shift_wall_time_for_test(long seconds);
+// Makes wall_time give `seconds`, so that a test need not wait for midnight; 0 lets it go on.
+void hold_wall_time_for_test(long seconds);
 
 }  // namespace platform
 

@@ -365,6 +365,8 @@ TEST(Thread, LeavesNothingBehind) {
 #endif
 }
 
+#if !defined(__SANITIZE_THREAD__)
+// The thread sanitizer ends a child that makes threads.
 TEST(Thread, WorksInAForkedChild) {
   Function body = [] { return 5ul; };
   const auto before = Start(&body, 0);
@@ -380,5 +382,6 @@ TEST(Thread, WorksInAForkedChild) {
   });
   EXPECT_EQ(child.Join(), 0);
 }
+#endif
 
 }  // namespace

@@ -31,7 +31,7 @@ class Log : public testing::Test {
  protected:
   Log() { SetZone("UTC"); }
   ~Log() override {
-    platform::shift_wall_time_for_test(0);
+    platform::hold_wall_time_for_test(0);
     unsetenv("TZ");
     tzset();
   }
@@ -53,7 +53,7 @@ class Log : public testing::Test {
   }
 
   // Makes it that time, in UTC.
-  static void SetNow(long time) { platform::shift_wall_time_for_test(time - std::time(nullptr)); }
+  static void SetNow(long time) { platform::hold_wall_time_for_test(time); }
 
   std::unique_ptr<Kalvo_Log> Open(const char* name = "app", int level = 5) const {
     auto log = std::make_unique<Kalvo_Log>(1);
@@ -75,8 +75,7 @@ constexpr char kDay[] = "logfiles-2024/07/2024-07-26/";
 
 // A record without its prefix, of which only the shape is looked at.
 std::string Bare(const std::string& content) {
-  static const std::regex prefix(
-      R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d \d{3} [0-9a-f]{4}\] )");
+  static const std::regex prefix(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d \d{3} [0-9a-f]{4}\] )");
   return std::regex_replace(content, prefix, "> ");
 }
 
@@ -193,12 +192,10 @@ TEST_F(Log, TellsLocalTimeOnBothSidesOfAChange) {
     const auto file = files.find(path);
     return file != files.end() ? file->second : "none";
   };
-  const std::string march =
-      content("logfiles-2024/03/2024-03-31/app_2024-03-31 01-4[001].log");
+  const std::string march = content("logfiles-2024/03/2024-03-31/app_2024-03-31 01-4[001].log");
   EXPECT_EQ(march.substr(0, 21), "[2024-03-31 01:59:59 ");
   EXPECT_EQ(march.substr(33, 21), "[2024-03-31 03:00:00 ");
-  const std::string october =
-      content("logfiles-2024/10/2024-10-27/app_2024-10-27 02-4[001].log");
+  const std::string october = content("logfiles-2024/10/2024-10-27/app_2024-10-27 02-4[001].log");
   EXPECT_EQ(october.substr(0, 21), "[2024-10-27 02:59:59 ");
   EXPECT_EQ(october.substr(33, 21), "[2024-10-27 02:00:00 ");
   log->Trace(0x7FFFFFFFFFFFFFFF, 1, "a time that no calendar knows");
@@ -211,8 +208,9 @@ TEST_F(Log, HasItsMainDirectoryWhereItIsTold) {
   Kalvo_Log log;
   EXPECT_EQ(log.GetDirInfo(), beside + "log_files");
   const std::vector<std::pair<const char*, std::string>> cases = {
-      {"/absolute", "/absolute"},  {" /untrimmed ", " /untrimmed "}, {" relative\t", beside + "relative"},
-      {"C:\\drive", "C:\\drive"}, {" \t ", beside + "log_files"},   {"..", beside + ".."}};
+      {"/absolute", "/absolute"},           {" /untrimmed ", " /untrimmed "},
+      {" relative\t", beside + "relative"}, {"C:\\drive", "C:\\drive"},
+      {" \t ", beside + "log_files"},       {"..", beside + ".."}};
   for (const auto& [directory, expected] : cases) {
     log.SetMainDir(directory);
     EXPECT_EQ(log.GetDirInfo(), expected);

@@ -1,7 +1,5 @@
 // The object monitor: reports on quiet threads, and room on a full disk.
 
-#include "monitor/mp_kobj_manager.h"
-
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -13,6 +11,7 @@
 
 #include "frame/messages.h"
 #include "logging/mp_log.h"
+#include "monitor/mp_kobj_manager.h"
 #include "platform/clock.h"
 #include "support/channel.h"
 #include "support/folder.h"
@@ -34,8 +33,8 @@ std::string Report(const char* format, const MP_Thread* thread, int seconds, con
 TEST(Monitor, ReportsThreadsThatGiveNoSignOfLife) {
   support::Channel channel;
   MP_KObjManager monitor;  // whose own thread stays parked
-  // At the beginning of a second, so that the test ends in the same one.
-  while (platform::wall_time().milliseconds > 500) usleep(10000);
+  const long start = platform::wall_time().seconds;
+  platform::hold_wall_time_for_test(start);
   MP_Thread* const plain = monitor.NewThread(Nothing, nullptr, false, "plain", nullptr);
   MP_Thread* const told = monitor.NewThread(Nothing, nullptr, false, "told", "what it does");
   struct Case {
@@ -43,26 +42,26 @@ TEST(Monitor, ReportsThreadsThatGiveNoSignOfLife) {
     int level;
   };
   for (const Case& quiet : {Case{4, 0}, Case{5, 3}, Case{120, 3}, Case{121, -4097}}) {
-    channel.Logged();
+    channel.Logged();  // what was said before
     channel.Printed();
-    platform::shift_wall_time_for_test(quiet.seconds);
+    platform::hold_wall_time_for_test(start + quiet.seconds);
     monitor.RunPass(false);
-    EXPECT_TRUE(channel.Logged().empty());
+    EXPECT_TRUE(channel.Logged("!!!!!!!").empty());
     monitor.RunPass(true);
     std::vector<std::string> lines;
     if (quiet.level != 0) {
       lines = {Report(messages::kMonitorHung, plain, quiet.seconds, ""),
                Report(messages::kMonitorHungWithStack, told, quiet.seconds, "what it does")};
     }
-    const std::vector<std::string> logged = channel.Logged();
-    const std::vector<std::string> printed = channel.Printed();
+    const std::vector<std::string> logged = channel.Logged("!!!!!!!");
+    const std::vector<std::string> printed = channel.Printed("!!!!!!!");
     ASSERT_EQ(logged.size(), lines.size()) << quiet.seconds;
     for (std::size_t i = 0; i < lines.size(); ++i) {
       EXPECT_EQ(logged[i], std::to_string(quiet.level) + " " + lines[i]);
       EXPECT_EQ(printed.at(i), "3 " + lines[i]);
     }
   }
-  platform::shift_wall_time_for_test(0);
+  platform::hold_wall_time_for_test(0);
   monitor.DeleteThread(plain);
   monitor.DeleteThread(plain);  // nothing any more
   monitor.DeleteThread(nullptr);
@@ -195,7 +194,8 @@ TEST_F(Reclaim, NeverFollowsALinkNorTakesWhatIsNoDay) {
   folder_.Write("logs/notes/README", "x");
   Fill("logfiles-2024/05/2024-05-09", 3);
   Fill("logfiles-2024/05/2024-05-10", 3);
-  fs::create_directory_symlink(folder_.Path("elsewhere"), Main() + "/logfiles-2024/05/2024-05-09/l");
+  fs::create_directory_symlink(folder_.Path("elsewhere"),
+                               Main() + "/logfiles-2024/05/2024-05-09/l");
   EXPECT_EQ(Pass(), Paths{"logfiles-2024/05/2024-05-09"});
   for (int pass = 0; pass < 5; ++pass) EXPECT_EQ(Pass(), Paths());
   EXPECT_TRUE(fs::exists(folder_.Path("elsewhere/05/day/kept.log")));

@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint64_t kHeld = std::uint64_t{1} << 32;
 std::atomic<std::uint64_t> tick_of_test{0};
 
-std::atomic<long> wall_shift{0};
+std::atomic<long> wall_of_test{0};
 
 }  // namespace
 
@@ -36,13 +36,13 @@ void shift_tick_count_for_test(std::uint32_t shift) { tick_of_test = shift; }
 void hold_tick_count_for_test(std::uint32_t tick) { tick_of_test = kHeld | tick; }
 
 WallTime wall_time() {
+  if (const long test = wall_of_test.load(std::memory_order_relaxed)) return {test, 0};
   timespec now;
   clock_gettime(CLOCK_REALTIME, &now);
-  return {static_cast<long>(now.tv_sec) + wall_shift.load(std::memory_order_relaxed),
-          static_cast<int>(now.tv_nsec / 1000000)};
+  return {static_cast<long>(now.tv_sec), static_cast<int>(now.tv_nsec / 1000000)};
 }
 
-void shift_wall_time_for_test(long seconds) { wall_shift = seconds; }
+void hold_wall_time_for_test(long seconds) { wall_of_test = seconds; }
 
 void sleep_ms(std::uint32_t ms) {
   if (ms == 0) sched_yield();

@@ -19,6 +19,7 @@
 #include "platform/clock.h"
 #include "platform/posix/deadline.h"
 #include "platform/posix/futex.h"
+#include "platform/posix/sanitizer.h"
 #include "platform/posix/thread_control.h"
 #include "platform/wait_result.h"
 
@@ -30,10 +31,10 @@ struct Thread {
   std::atomic<std::uint32_t> id{0};  // 0 until the thread has begun
   void (*body)(void*);
   void* context;
-  char name[16];  // the kernel keeps no more
-  jmp_buf end;    // where thread_exit goes to
+  char name[16];           // the kernel keeps no more
+  jmp_buf end;             // where thread_exit goes to
   bool foreign = false;    // stayed behind when the process was forked
-  bool abandoned = false;  // closed by itself, not freed yet
+  bool detached = false;   // closed by itself, not freed yet
   bool finishing = false;  // threads_finish waits for it
   Thread* next = nullptr;  // of all threads that are not freed yet
 };
@@ -42,6 +43,7 @@ namespace {
 
 // How long a thread whose body has ended gets for what the host has it do at its very end.
 constexpr std::uint32_t kEndMs = 2000;
+constexpr std::uint32_t kLastSteps = 20;
 
 __attribute__((tls_model("initial-exec"))) thread_local Thread* current = nullptr;
 
@@ -51,7 +53,7 @@ struct Register {
   std::mutex lock;
   bool prepared = false;  // whether the handlers are installed
   Thread* first = nullptr;
-  std::atomic<std::uint32_t> abandoned{0};
+  std::atomic<std::uint32_t> detached{0};
 };
 
 Register all;
@@ -83,17 +85,20 @@ void* Run(void* argument) {
   return nullptr;
 }
 
-// Waits until the system has done with the thread.
+// Waits until the system has done with the thread and what it kept for it is free.
 bool Join(Thread* thread, std::uint32_t ms) {
-  if (thread->control.WasKilled()) {
-    const timespec deadline = deadline_after(ms);
-    return pthread_clockjoin_np(thread->handle, nullptr, CLOCK_MONOTONIC, &deadline) == 0;
-  }
-  if (ms == 0) return pthread_tryjoin_np(thread->handle, nullptr) == 0;
-  timespec deadline;
-  clock_gettime(CLOCK_REALTIME, &deadline);
-  deadline.tv_sec += static_cast<time_t>(ms / 1000) + 1;
-  return pthread_timedjoin_np(thread->handle, nullptr, &deadline) == 0;
+  if (thread->detached) return thread->control.AwaitEnd(ms);
+  const timespec deadline = deadline_after(ms);
+#if KALVOBASE_THREAD_SANITIZER
+  // It takes a killed thread for a running one. As long as that is not joined, no other gets
+  // its handle.
+  if (thread->control.WasKilled()) return true;
+  if (!thread->control.AwaitEnd(ms)) return false;
+  static_cast<void>(deadline);
+  return pthread_join(thread->handle, nullptr) == 0;
+#else
+  return pthread_clockjoin_np(thread->handle, nullptr, CLOCK_MONOTONIC, &deadline) == 0;
+#endif
 }
 
 bool JoinOrKill(Thread* thread, std::uint32_t ms) {
@@ -114,22 +119,22 @@ void Forget(Thread* thread) {
   Thread** link = &all.first;
   while (*link != thread) link = &(*link)->next;
   *link = thread->next;
-  if (thread->abandoned) --all.abandoned;
+  if (thread->detached) --all.detached;
 }
 
 Thread* FirstOther() {
   return all.first != current || all.first == nullptr ? all.first : all.first->next;
 }
 
-// Frees threads that closed themselves and have ended since.
-void FreeAbandoned() {
-  if (all.abandoned == 0) return;
+// Frees what is left of threads that closed themselves and have ended since.
+void FreeDetached() {
+  if (all.detached == 0) return;
   std::lock_guard<std::mutex> guard(all.lock);
   Thread* next;
   for (Thread* thread = all.first; thread != nullptr; thread = next) {
     next = thread->next;
-    if (!thread->abandoned || thread->finishing || thread == current) continue;
-    if (!thread->foreign && !Join(thread, 0)) continue;
+    if (!thread->detached || thread->finishing) continue;
+    if (!thread->foreign && !thread->control.HasEnded()) continue;
     Forget(thread);
     delete thread;
   }
@@ -138,7 +143,7 @@ void FreeAbandoned() {
 }  // namespace
 
 Thread* thread_create(void (*body)(void*), void* context, const char* name) {
-  FreeAbandoned();
+  FreeDetached();
   std::unique_ptr<Thread> thread(new (std::nothrow) Thread);
   if (thread == nullptr) return nullptr;
   thread->body = body;
@@ -168,12 +173,13 @@ void thread_close(Thread* thread) {
     if (gone) {
       Forget(thread);
     } else {
-      thread->abandoned = true;
-      ++all.abandoned;
+      pthread_detach(thread->handle);
+      thread->detached = true;
+      ++all.detached;
     }
   }
   if (gone) delete thread;
-  FreeAbandoned();
+  FreeDetached();
 }
 
 std::uint32_t thread_id(const Thread* thread) { return thread != nullptr ? thread->id.load() : 0; }
@@ -237,10 +243,12 @@ bool call_guarded(const std::function<void()>& call) {
 
 void threads_finish(std::uint32_t ms) {
   const std::uint32_t start = tick_count();
+  bool resting = false;
   std::unique_lock<std::mutex> guard(all.lock);
   Thread* thread;
   while ((thread = FirstOther()) != nullptr) {
     thread->finishing = true;
+    resting = resting || thread->detached;
     guard.unlock();
     const std::uint32_t passed = tick_count() - start;
     const bool gone = JoinOrKill(thread, passed < ms ? ms - passed : 0);
@@ -248,6 +256,8 @@ void threads_finish(std::uint32_t ms) {
     Forget(thread);
     if (gone) delete thread;  // what cannot even be killed keeps what it runs on
   }
+  // One that nobody can join is a few instructions away from its end.
+  if (resting) sleep_ms(kLastSteps);
   if (all.first != nullptr || !all.prepared) return;
   ThreadControl::RemoveHandler();
   all.prepared = false;

@@ -10,17 +10,10 @@
 
 #include "platform/posix/deadline.h"
 #include "platform/posix/futex.h"
+#include "platform/posix/sanitizer.h"
 #include "platform/wait_result.h"
 
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define KALVOBASE_THREAD_SANITIZER
-#endif
-#elif defined(__SANITIZE_THREAD__)
-#define KALVOBASE_THREAD_SANITIZER
-#endif
-
-#if defined(KALVOBASE_THREAD_SANITIZER)
+#if KALVOBASE_THREAD_SANITIZER
 // The sanitizer's sigaction puts a handler off until the thread makes a call.
 extern "C" int __sigaction(int, const struct sigaction*, struct sigaction*) noexcept;
 #define KALVOBASE_SIGACTION __sigaction
@@ -66,7 +59,7 @@ bool ThreadControl::Suspend(pthread_t thread) {
   std::uint32_t order = Next(seen, kSuspend);
   if (!order_.compare_exchange_strong(seen, order)) return false;
   pthread_kill(thread, Signal());
-  if (AwaitAnswer(order) && !HasEnded()) return true;
+  if (AwaitAnswer(order, kReactionMs) && !HasEnded()) return true;
   order_.compare_exchange_strong(order, Next(order, kRun));
   return false;
 }
@@ -90,11 +83,11 @@ bool ThreadControl::Kill(pthread_t thread) {
     futex_wake(&order_, INT_MAX, FutexScope::kProcess);  // if it was held
     pthread_kill(thread, Signal());
   }
-  return AwaitAnswer(kEnded);
+  return AwaitAnswer(kEnded, kReactionMs);
 }
 
-bool ThreadControl::AwaitAnswer(std::uint32_t order) {
-  const timespec deadline = deadline_after(kReactionMs);
+bool ThreadControl::AwaitAnswer(std::uint32_t order, std::uint32_t ms) {
+  const timespec deadline = deadline_after(ms);
   bool inTime = true;
   while (inTime) {
     const std::uint32_t seen = answer_;

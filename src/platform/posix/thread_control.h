@@ -27,6 +27,7 @@ class ThreadControl {
   void End();
 
   bool HasEnded() const { return answer_ == kEnded; }
+  bool AwaitEnd(std::uint32_t ms) { return AwaitAnswer(kEnded, ms); }
   bool WasKilled() const { return order_ == kKill; }
 
   // These two are for other threads and return when the thread stands still, or has ended.
@@ -56,7 +57,7 @@ class ThreadControl {
   static std::uint32_t Next(std::uint32_t order, std::uint32_t kind);
   static void OnSignal(int);
   void Obey();
-  bool AwaitAnswer(std::uint32_t order);
+  bool AwaitAnswer(std::uint32_t order, std::uint32_t ms);
   void Answer(std::uint32_t order);
 
   std::atomic<std::uint32_t> order_{kRun};
