@@ -243,8 +243,8 @@ TEST(Timer, HandsOverWhatItWasSetWith) {
   std::string data = "text";
   listener.SetRepeatTimer(2, 30, 0xFFFFFFFF, 7, 8, data.c_str());
   data = "changed";
-  EXPECT_EQ(listener.Told(2), (std::vector<std::string>{"1 4294967295 7 8 text",
-                                                        "2 4294967295 7 8 text"}));
+  EXPECT_EQ(listener.Told(2),
+            (std::vector<std::string>{"1 4294967295 7 8 text", "2 4294967295 7 8 text"}));
   EXPECT_GE(took.Milliseconds(), 52);
   listener.SetTimer(0, 1, 2, 3, nullptr);
   EXPECT_EQ(listener.Told(3).at(2), "1 1 2 3 null");
@@ -314,22 +314,28 @@ TEST(Timer, IsSilentWhenItsOwnerHasGone) {
 
 TEST(Timer, TakesOperationsFromManyThreads) {
   constexpr int kThreads = 4;
-  std::atomic<int> fired{0};
-  Listener listener([&](unsigned long, unsigned long, unsigned long) { ++fired; });
+  std::atomic<std::size_t> left{0};
+  Listener listener;
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&listener, t] {
+    threads.emplace_back([&listener, &left] {
       for (int i = 0; i < 3000; ++i) {
-        const unsigned long id =
-            listener.SetTimer(static_cast<unsigned long>(i % 50), 0, 0, 0, "some text");
-        listener.ResetTimer(id, static_cast<unsigned long>(i % 7));
-        listener.Watch(id, i % 3 == t % 3 ? 1 : 0);
-        if (i % 2 == 0) listener.ClearTimer(id);
+        const bool ends = i % 5 != 0;
+        const unsigned long ms = ends ? 60000 : static_cast<unsigned long>(i % 50);
+        const unsigned long id = listener.SetTimer(60000, 0, 0, 0, "some text");
+        listener.ResetTimer(id, ms);
+        if (i % 5 == 1) {
+          listener.Watch(id, 1);
+        } else if (ends) {
+          listener.ClearTimer(id);
+        } else {
+          ++left;
+        }
       }
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_GT(fired, 0);
+  EXPECT_EQ(listener.Told(left).size(), left);
 }
 
 }  // namespace
