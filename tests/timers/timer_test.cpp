@@ -321,7 +321,7 @@ TEST(Timer, TakesOperationsFromManyThreads) {
     threads.emplace_back([&listener, &left] {
       for (int i = 0; i < 3000; ++i) {
         const bool ends = i % 5 != 0;
-        const unsigned long ms = ends ? 60000 : static_cast<unsigned long>(i % 50);
+        const unsigned long ms = ends ? 60000 : static_cast<unsigned long>(i % 50 + 1);
         const unsigned long id = listener.SetTimer(60000, 0, 0, 0, "some text");
         listener.ResetTimer(id, ms);
         if (i % 5 == 1) {
