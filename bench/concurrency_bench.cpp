@@ -131,11 +131,20 @@ void PingPong() {
   });
 }
 
+unsigned long SetEvent(void* event) {
+  static_cast<Kalvo_Event*>(event)->Set();
+  return 0;
+}
+
 void RunThread() {
   const std::string work = "create, run and join a thread";
   duel::Ours(work, [](benchmark::State& state) {
+    Kalvo_Event ran(1, 0, nullptr);
     for (auto _ : state) {
-      Kalvo_Thread thread([](void*) { return 0ul; }, nullptr, 1, "bench", nullptr, 0);
+      ran.Reset();
+      // A thread that is waited for before its routine has begun never begins it.
+      Kalvo_Thread thread(SetEvent, &ran, 1, "bench", nullptr, 0);
+      ran.Wait(10000);
       thread.WaitFor(10000);
     }
   });

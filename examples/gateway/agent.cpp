@@ -5,59 +5,25 @@
 //
 // The file tells what to watch, and how often. Host and port are those of a receiver.
 //
-// One thread takes samples and puts them in a queue; another takes them out, reads metrics
-// from them, which move through the states of a machine, sends them to a receiver if there is
-// one, and keeps them in one table. At the end the table goes to a file and comes back, and
-// what came back is printed.
+// A timer takes samples and puts them in a queue; a thread takes them out, reads metrics from
+// them, which move through the states of a machine, sends them to a receiver if there is one,
+// and keeps them in one table. What happens is logged. At the end the table goes to a file and
+// comes back, and what came back is printed.
 
 #include <kalvobase/kalvobase.h>
 
 #include <cstdio>
 #include <ctime>
-#include <thread>
 
+#include "collector.h"
 #include "history.h"
+#include "journal.h"
 #include "machine.h"
 #include "metric.h"
-#include "sample.h"
+#include "sampler.h"
 #include "settings.h"
 #include "uplink.h"
 #include "watch.h"
-
-namespace {
-
-constexpr long kPatienceMs = 100;
-
-void Produce(Kalvo_Queue* queue, Kalvo_Counter* taken, const Settings& settings) {
-  for (int round = 0; round < settings.rounds; ++round) {
-    if (round > 0) Kalvo_Thread_Sleep(static_cast<unsigned long>(settings.intervalMs));
-    Sample* sample = new Sample;
-    TakeSample(settings.interfaces, &sample->values);
-    queue->AddItemAtTail(sample);
-    taken->Add(1);
-  }
-}
-
-// Keeps samples under the numbers from 0 on until the producer is done and nothing is left.
-void Collect(Kalvo_Queue* queue, Kalvo_Event* done, Watch* watch, Uplink* uplink,
-             Kalvo_KValueTable* history) {
-  for (;;) {
-    const bool last = done->Wait(0) == 0;
-    Kalvo_QueueObject* object = queue->RemoveItemAtHead(last ? 0 : kPatienceMs);
-    if (object != nullptr) {
-      Sample* sample = static_cast<Sample*>(object);
-      watch->Look(&sample->values);
-      uplink->Send(&sample->values);
-      *history->InsertTable(history->GetCount()) = sample->values;
-      delete sample;
-    } else if (last) {
-      watch->End();
-      return;
-    }
-  }
-}
-
-}  // namespace
 
 int main(int argc, char** argv) {
   if (argc > 1 && Kalvo_String(argv[1]) == "--draw") {
@@ -78,6 +44,8 @@ int main(int argc, char** argv) {
                        SystemName().c_str(), CountRun(ini), settings.rounds, settings.intervalMs);
   std::puts(title.c_str());
 
+  Journal journal(settings.logDirectory, settings.logLevel);
+  journal.log()->Trace(1, "%s", title.c_str());
   Watch watch;
   if (!watch.Start(settings)) return 1;
   Uplink uplink;
@@ -85,13 +53,12 @@ int main(int argc, char** argv) {
   if (sends && !uplink.Connect(argv[2], static_cast<int>(Kalvo_String(argv[3]).ToInt(10))))
     return 1;
   Kalvo_Queue queue(1, 1);
-  Kalvo_Event done(1, 0, nullptr);
-  Kalvo_Counter taken;
   Kalvo_KValueTable history;
-  std::thread collector(Collect, &queue, &done, &watch, &uplink, &history);
-  Produce(&queue, &taken, settings);
-  done.Set();
-  collector.join();
+  Collector collector(&queue, &watch, &uplink, &history, journal.log());
+  Sampler sampler(&queue, settings);
+  collector.Start();
+  sampler.Run();
+  collector.Finish();
 
   Kalvo_KValueTable stored;
   if (!SaveTable(&history, path) || !LoadTable(&stored, path)) {
@@ -115,7 +82,7 @@ int main(int argc, char** argv) {
 
   if (sends) std::printf("\n%d samples sent\n", uplink.sent());
   const bool equal = stored == history;
-  std::printf("\n%ld samples taken, %lu in %s, %s to those in memory\n", taken.Get(),
+  std::printf("\n%ld samples taken, %lu in %s, %s to those in memory\n", sampler.taken(),
               stored.GetCount(), path.c_str(), equal ? "equal" : "not equal");
-  return equal && taken.Get() == static_cast<long>(stored.GetCount()) ? 0 : 1;
+  return equal && sampler.taken() == static_cast<long>(stored.GetCount()) ? 0 : 1;
 }

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "trace.h"
+#include "journal.h"
 
 namespace {
 
@@ -48,17 +48,17 @@ Metric::Metric(unsigned long id, const char* name, Kalvo_FSMService* machine)
 
 unsigned long Metric::GetObjectId() { return id_; }
 
-void Metric::Start() { machine_->HandleStringMsg(kStart, 0, this, nullptr, TraceToTerminal); }
+void Metric::Start() { machine_->HandleStringMsg(kStart, 0, this, nullptr, Journal::Trace); }
 
 void Metric::Read(long percent) {
   if (percent == last_) return;
   last_ = percent;
-  machine_->HandleIntMsg(kReading, percent, this, nullptr, TraceToTerminal);
+  machine_->HandleIntMsg(kReading, percent, this, nullptr, Journal::Trace);
 }
 
 void Metric::Lose() {
   last_ = -1;
-  machine_->HandleStringMsg(kLost, 0, this, nullptr, TraceToTerminal);
+  machine_->HandleStringMsg(kLost, 0, this, nullptr, Journal::Trace);
 }
 
 void Metric::OnEnter(const char*, unsigned long, long, void*, Kalvo_FSM_State*,
@@ -87,7 +87,7 @@ bool BuildMachine(const Limits& limits, Kalvo_FSMService* machine) {
                                                     "gone");
   }
   machine->GetState("gone")->SetForceState("unknown", nullptr);
-  return machine->FinishAndCheck(TraceToTerminal) == 0;
+  return machine->FinishAndCheck(Journal::Trace) == 0;
 }
 
 void DrawMachine(const Limits& limits) {

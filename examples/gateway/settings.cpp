@@ -26,6 +26,7 @@ void LoadSettings(const char* path, Settings* settings) {
   ReadPositive(&ini, "interval", &settings->intervalMs);
   ini.SetSectionName("log");
   settings->logDirectory = ini.ReadString("directory", settings->logDirectory.c_str());
+  ini.Read("level", &settings->logLevel);
   ini.SetSectionName("interfaces");
   Kalvo_String names(ini.ReadString("names", ""));
   SplitWords(&names, &settings->interfaces);

@@ -11,6 +11,7 @@ struct Settings {
   int rounds = 10;
   int intervalMs = 100;
   Kalvo_String logDirectory{"."};
+  int logLevel = 3;
   Kalvo_StringArray interfaces;  // empty: all of them
   Limits processor;
   Limits load;

@@ -13,8 +13,8 @@ bool Uplink::Connect(const char* host, int port) {
   return connected_;
 }
 
-void Uplink::Send(Kalvo_KValueTable* table) {
-  if (!connected_) return;
+bool Uplink::Send(Kalvo_KValueTable* table) {
+  if (!connected_) return false;
   Kalvo_String form;
   table->Dump(&form);
   const int length = static_cast<int>(form.length());
@@ -26,4 +26,5 @@ void Uplink::Send(Kalvo_KValueTable* table) {
     std::printf("the receiver is gone: error %d\n", Kalvo_SOCK_GetLastError());
     stream_.DisConnect();
   }
+  return connected_;
 }

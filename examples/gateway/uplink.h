@@ -11,8 +11,8 @@ class Uplink {
   // False if nobody listens there.
   bool Connect(const char* host, int port);
 
-  // Does nothing without a connection. A connection that fails is given up.
-  void Send(Kalvo_KValueTable* table);
+  // Whether it went out. Does nothing without a connection; one that fails is given up.
+  bool Send(Kalvo_KValueTable* table);
 
   // How many tables went out whole, as far as this side can tell.
   int sent() const { return sent_; }
