@@ -33,6 +33,9 @@ static_assert(IsPlainHandle<Kalvo_FindFiles>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_SocketAddr>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_XIni>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_TcpStream>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Thread>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Log>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_Timer>(), "a table and a number");
 static_assert(sizeof(Kalvo_KVPair) == sizeof(Kalvo_QueueObject) + 4 * sizeof(void*), "an item");
 static_assert(sizeof(Kalvo_QueueObject) == 3 * sizeof(void*), "the base of all items");
 static_assert(sizeof(Kalvo_StringArray) == sizeof(void*), "no virtual table");
@@ -76,6 +79,13 @@ constexpr void (Kalvo_FSM_State::*kRange)(unsigned long, long, long, FSM_Handler
                                           const char*) = &Kalvo_FSM_State::AddIntMsgHandle;
 constexpr void (Kalvo_FSMService::*kAny)(const char*, FSM_Handler,
                                          const char*) = &Kalvo_FSMService::AddStrMsgHandle;
+
+constexpr void (Kalvo_Log::*kTrace)(int, const char*, ...) = &Kalvo_Log::Trace;
+constexpr void (Kalvo_Log::*kTraceAt)(long, int, const char*, ...) = &Kalvo_Log::Trace;
+constexpr int (Kalvo_Thread::*kExitCode)(unsigned long&) = &Kalvo_Thread::GetExitCode;
+[[maybe_unused]] constexpr void (Kalvo_Log::*kLogList)(long, int, const char*,
+                                                       va_list) = &Kalvo_Log::print;
+constexpr void (*kInstall)(KernelDebugFunction) = &SetKalvo_KernelDebugLogFunction;
 
 TEST(Interface, OverloadsAreThere) {
   Kalvo_String s("abc");
@@ -173,6 +183,27 @@ TEST(Interface, VirtualCalls) {
   Kalvo_String name;
   EXPECT_EQ(queue.PeekHead(0)->GetType(), 42);
   EXPECT_STREQ(queue.PeekHead(0)->GetTypename(&name), "typed");
+}
+
+TEST(Interface, ThreadsLogsAndTimers) {
+  kInstall(nullptr);
+  Kalvo_Log logs[2];
+  (logs[0].*kTrace)(1, "before Init %d", 1);
+  (logs[0].*kTraceAt)(0, 1, "before Init");
+  Kalvo_String text;
+  EXPECT_STREQ(logs[1].GetDirInfo(),
+               text.sprintf("%s/log_files", Kalvo_GetExePath(&text))->c_str());
+  // The second of two handles may still be destroyed.
+  alignas(Kalvo_Thread) unsigned char storage[sizeof(Kalvo_Thread)];
+  Kalvo_Thread thread([](void*) { return 0ul; }, nullptr, 0, nullptr, nullptr, 0);
+  Kalvo_Thread* shared = new (storage) Kalvo_Thread(thread);
+  unsigned long code = 5;
+  EXPECT_EQ((shared->*kExitCode)(code), 0);
+  EXPECT_EQ(shared->GetId(), thread.GetId());
+  shared->~Kalvo_Thread();
+  Kalvo_Timer timer;
+  Kalvo_Timer copy(timer);
+  EXPECT_EQ(copy.SetRepeatTimer(0, 1, 0, 0, 0, nullptr), 0ul);
 }
 
 TEST(Interface, ArraysAndSharedHandles) {
