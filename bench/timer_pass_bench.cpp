@@ -1,4 +1,4 @@
-// What the timer thread does every 10 ms while nothing is due.
+// What the timer thread does once a second while nothing is due, and after every firing.
 
 #include <cstdint>
 #include <string>

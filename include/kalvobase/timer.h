@@ -13,10 +13,10 @@
 //     unsigned long id_;
 //   };
 //
-// Intervals are milliseconds. A timer fires up to 4 ms early, and late by as long as the thread
-// is busy with other timers and up to 10 ms more. A repeating timer starts its next interval
-// when it fires, and fires at most once an interval, however short that is. Timers that are due
-// together fire in the order of their times.
+// Intervals are milliseconds. A timer fires at most 4 ms early, and late only as long as the
+// thread is busy with other timers and the system lets it wait for a processor. A repeating
+// timer starts its next interval when it fires, and fires at most once an interval, however
+// short that is. Timers of one interval fire in the order in which they were set.
 //
 // A timer is named by a number that is never 0 and is refused once the timer has ended. Up to
 // 65,536 timers run at a time, and as many Kalvo_Timer objects can have timers.

@@ -13,8 +13,8 @@
 
 namespace {
 
-// How long the thread sleeps at most, in milliseconds.
-constexpr std::uint32_t kLongestWait = 10;
+// How long the thread sleeps at most, in milliseconds: it has to give signs of life.
+constexpr std::uint32_t kLongestWait = 1000;
 
 // How many milliseconds count as having passed if the tick count has stepped back, in a pass and elsewhere.
 constexpr std::uint32_t kPassStep = 10;
@@ -23,13 +23,13 @@ constexpr std::uint32_t kArmStep = 5;
 }  // namespace
 
 MP_TimerCore::MP_TimerCore()
-    : lastTick_(platform::tick_count()), wait_(kLongestWait), stop_(platform::event_create()) {
+    : lastTick_(platform::tick_count()), wake_(platform::event_create()) {
   text_[0] = '\0';
 }
 
 MP_TimerCore::~MP_TimerCore() {
   StopThread();
-  platform::event_destroy(stop_);
+  platform::event_destroy(wake_);
 }
 
 void MP_TimerCore::Dispatch(MP_TimerInfo*) {}
@@ -57,7 +57,7 @@ void MP_TimerCore::StopThread() {
   MP_Thread* const thread = thread_.exchange(nullptr);
   if (thread == nullptr) return;
   thread->NotifyQuit();
-  platform::event_set(stop_);
+  platform::event_set(wake_);
   if (Kalvo_KObjManager* monitor = Kalvo_KObjManager::Get()) monitor->DeleteThread(thread);
 }
 
@@ -69,7 +69,8 @@ unsigned long MP_TimerCore::ThreadRoutine(void* self) {
 
 void MP_TimerCore::Run(MP_Thread* thread) {
   while (thread->Running() != 0) {
-    if (fired_.empty()) platform::event_wait(stop_, wait_);
+    if (fired_.empty()) platform::event_wait(wake_, wait_);
+    platform::event_reset(wake_);  // the pass sees whatever it was set for
     DeliverFired();
     RunPass();
   }
@@ -106,8 +107,8 @@ std::uint64_t MP_TimerCore::Now(std::uint32_t stepBack) {
 void MP_TimerCore::RunPass() {
   Kalvo_AutoLock guard(&lock_);
   const std::uint64_t now = Now(kPassStep);
-  const std::uint64_t next = lists_.TakeDue(now, now + kLongestWait, &due_);
-  wait_ = static_cast<std::uint32_t>(std::max(next, now + 1) - now);
+  wakeAt_ = 0;  // nothing that is armed below has to wake this thread
+  std::uint64_t next = lists_.TakeDue(now, now + kLongestWait, &due_);
   for (const std::uint16_t place : due_) {
     MP_TimerRecord* const record = records_.At(std::uint32_t{place} << 16);
     if (!Fire(record)) {
@@ -116,9 +117,13 @@ void MP_TimerCore::RunPass() {
       Rearm(record, now);
     } else {
       Free(record);
+      continue;
     }
+    next = std::min(next, record->due.time());
   }
   due_.clear();
+  wakeAt_ = std::max(next, now + 1);
+  wait_ = static_cast<std::uint32_t>(wakeAt_ - now);
 }
 
 bool MP_TimerCore::Fire(MP_TimerRecord* record) {
@@ -143,6 +148,9 @@ void MP_TimerCore::Rearm(MP_TimerRecord* record, std::uint64_t now) {
 void MP_TimerCore::Arm(MP_TimerRecord* record, MP_TimerDue due) {
   record->list = lists_.Arm(due, record->place);
   record->due = due;
+  if (due.time() >= wakeAt_) return;
+  wakeAt_ = due.time();  // for which the thread now sleeps too long
+  platform::event_set(wake_);
 }
 
 void MP_TimerCore::Free(MP_TimerRecord* record) {

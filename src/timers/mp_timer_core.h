@@ -68,14 +68,15 @@ class MP_TimerCore {
   std::vector<std::uint16_t> due_;  // of the pass that runs; has room for all records
   std::uint64_t now_ = 0;           // the service's own clock, in milliseconds
   std::uint32_t lastTick_;          // up to where it has been moved on
+  std::uint64_t wakeAt_ = 0;        // when the thread will look again by itself
 
   std::vector<MP_TimerInfo> fired_;  // on their way to delivery
   std::vector<MP_TimerInfo> delivering_;
-  std::uint32_t wait_;  // how long the thread may sleep until the next pass
+  std::uint32_t wait_ = 0;  // how long the thread may sleep until the next pass
 
   std::atomic<MP_Thread*> thread_{nullptr};
   std::atomic<bool> started_{false};
-  platform::Event* stop_;  // cuts the thread's sleep short
+  platform::Event* wake_;  // cuts the thread's sleep short
   char text_[kTextSize];   // the firing that is being delivered, for reports about the thread
 };
 

@@ -250,6 +250,20 @@ TEST(Timer, HandsOverWhatItWasSetWith) {
   EXPECT_EQ(listener.Told(3).at(2), "1 1 2 3 null");
 }
 
+// The thread sleeps a second if it knows of nothing to do.
+TEST(Timer, WakesTheThread) {
+  Listener listener;
+  const support::Stopwatch took;
+  for (std::size_t i = 1; i <= 30; ++i) {
+    const bool anew = i % 2 == 0;
+    const unsigned long id = listener.SetTimer(anew ? 60000 : 1, 0, 0, 0, nullptr);
+    if (anew) listener.ResetTimer(id, 1);
+    listener.Told(i);
+    usleep(5000);  // until it sleeps again
+  }
+  EXPECT_LT(took.Milliseconds(), 10000);
+}
+
 TEST(Timer, MayDoAnythingToTimersMeanwhile) {
   support::Channel channel;
   auto victim = std::make_unique<Listener>();
