@@ -81,6 +81,7 @@ class Level {
     }
     std::sort(found.begin(), found.end());
     std::vector<std::string> names;
+    names.reserve(found.size());
     for (const Age& age : found) names.push_back(std::get<2>(age));
     return names;
   }

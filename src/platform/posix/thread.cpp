@@ -193,7 +193,10 @@ bool thread_was_killed(const Thread* thread) {
 }
 
 void* thread_native_handle(Thread* thread) {
-  return thread != nullptr ? reinterpret_cast<void*>(thread->handle) : nullptr;
+  void* handle = nullptr;
+  static_assert(sizeof(handle) == sizeof(thread->handle), "a number or a pointer");
+  if (thread != nullptr) memcpy(&handle, &thread->handle, sizeof(handle));
+  return handle;
 }
 
 int thread_priority(const Thread* thread) {
