@@ -31,8 +31,8 @@ class Intervals {
 
 // Each turn clears one of the armed timers, any of them, and sets another in its place.
 void SetAndClear(bool random) {
-  const std::string work = std::string("clear and set one of 10,000 timers, ") +
-                           (random ? "random" : "equal");
+  const std::string work =
+      std::string("clear and set one of 10,000 timers, ") + (random ? "random" : "equal");
   duel::Ours(work, [random](benchmark::State& state) {
     Intervals intervals(random);
     Kalvo_Timer timer;
@@ -67,7 +67,8 @@ void SetAndClear(bool random) {
     uv_loop_init(&loop);
     std::vector<uv_timer_t> armed(kArmed);
     const auto arm = [&](uv_timer_t* timer) {
-      uv_timer_start(timer, [](uv_timer_t*) {}, intervals.Next(), 0);
+      uv_timer_start(
+          timer, [](uv_timer_t*) {}, intervals.Next(), 0);
     };
     for (uv_timer_t& timer : armed) {
       uv_timer_init(&loop, &timer);
