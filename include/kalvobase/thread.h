@@ -29,7 +29,8 @@ class MP_Thread;
 // Any thread may call any operation, and the thread itself may destroy its own object.
 //
 // A copy speaks of the same thread with no count of users. Destroying one handle destroys the
-// thread; a second handle may then only be destroyed.
+// thread; a second handle may then only be destroyed, and that before another thread is made,
+// which may get its place.
 class KALVO_API Kalvo_Thread {
  public:
   // Makes a thread that runs `routine(context)`: at once if `run` is not 0, else after Resume.

@@ -193,6 +193,9 @@ TEST(Interface, ThreadsLogsAndTimers) {
   Kalvo_String text;
   EXPECT_STREQ(logs[1].GetDirInfo(),
                text.sprintf("%s/log_files", Kalvo_GetExePath(&text))->c_str());
+  Kalvo_Timer timer;
+  Kalvo_Timer copy(timer);
+  EXPECT_EQ(copy.SetRepeatTimer(0, 1, 0, 0, 0, nullptr), 0ul);
   // The second of two handles may still be destroyed.
   alignas(Kalvo_Thread) unsigned char storage[sizeof(Kalvo_Thread)];
   Kalvo_Thread thread([](void*) { return 0ul; }, nullptr, 0, nullptr, nullptr, 0);
@@ -201,9 +204,6 @@ TEST(Interface, ThreadsLogsAndTimers) {
   EXPECT_EQ((shared->*kExitCode)(code), 0);
   EXPECT_EQ(shared->GetId(), thread.GetId());
   shared->~Kalvo_Thread();
-  Kalvo_Timer timer;
-  Kalvo_Timer copy(timer);
-  EXPECT_EQ(copy.SetRepeatTimer(0, 1, 0, 0, 0, nullptr), 0ul);
 }
 
 TEST(Interface, ArraysAndSharedHandles) {
