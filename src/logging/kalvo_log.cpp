@@ -62,6 +62,4 @@ void Kalvo_Log::FFlush() {
 void Kalvo_Log::CheckFile() {
   if (impl_ != nullptr) impl_->CheckFile();
 }
-const char* Kalvo_Log::GetDirInfo() {
-  return impl_ != nullptr ? impl_->GetDirInfo() : "";
-}
+const char* Kalvo_Log::GetDirInfo() { return impl_ != nullptr ? impl_->GetDirInfo() : ""; }

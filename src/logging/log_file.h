@@ -76,7 +76,7 @@ class LogFile {
   std::string dayDirectory_;
   std::string fileName_;  // without the directory
   LogWriter writer_;
-  Date date_;             // of the day directory
+  Date date_;  // of the day directory
   std::int64_t byteCount_ = 0;
   std::int64_t sizeLimit_ = 0x200000;
   bool hasRecords_ = false;

@@ -15,7 +15,9 @@ namespace {
 
 constexpr int kPrefixLength = 31;
 constexpr int kIdDigits = 4;
-constexpr int kHexPerLine = 32;
+
+// A record of up to this size goes out in one write.
+constexpr int kOnePiece = 0x10000;
 
 }  // namespace
 
@@ -43,43 +45,49 @@ std::string MP_Log::MainDirectory() {
 
 void MP_Log::Print(int level, const char* format, va_list args) {
   if (!Passes(level)) return;
+  LogLine line;
+  line.AddMessage(format, args);
+  line.EndLine();
   Kalvo_AutoLock guard(&lock_);
   const platform::WallTime now = platform::wall_time();
   if (stamp_.second != now.seconds) SetStamp(now.seconds);
-  Record(now.milliseconds, [&] { PutMessage(format, args); });
+  Record(now.milliseconds, line);
 }
 
 void MP_Log::Print(long time, int level, const char* format, va_list args) {
   if (!Passes(level)) return;
+  LogLine line;
+  line.AddMessage(format, args);
+  line.EndLine();
   Kalvo_AutoLock guard(&lock_);
   SetStamp(time);
-  Record(platform::wall_time().milliseconds, [&] { PutMessage(format, args); });
+  Record(platform::wall_time().milliseconds, line);
 }
 
 void MP_Log::HexPrint(int level, const char* data, int length, const char* format, va_list args) {
   if (!Passes(level)) return;
+  LogLine line;
+  line.AddMessage(format, args);
+  line.EndLine();
+  line.AddHex(data, length);
+  line.PutByte('\n');
   Kalvo_AutoLock guard(&lock_);
   SetStamp(platform::wall_time().seconds);
-  Record(static_cast<int>(platform::tick_count() % 1000), [&] {
-    PutMessage(format, args);
-    EndLine();
-    PutHex(data, length);
-    PutBytes("\n", 1);
-  });
+  Record(static_cast<int>(platform::tick_count() % 1000), line);
 }
 
 // Nothing that goes wrong reaches the host.
-template <class PutBody>
-void MP_Log::Record(int milliseconds, PutBody putBody) {
+void MP_Log::Record(int milliseconds, const LogLine& line) {
   try {
     file_.Roll(stamp_.local);
     if (!file_.IsOpen()) return;
     file_.MendLine();
     PutBytes(waiting_.data(), waiting_.size());
     waiting_.clear();
+    const int length = kPrefixLength + line.Length();
+    if (length <= kOnePiece) file_.writer()->Reserve(length);
     PutPrefix(milliseconds);
-    putBody();
-    EndLine();
+    PutBytes(line.text(), static_cast<std::size_t>(line.Length()));
     file_.Flush();
   } catch (const std::exception&) {
   }
@@ -103,8 +111,7 @@ void MP_Log::PutPrefix(int milliseconds) {
   char id[text::kMaxIntegerDigits];
   char* const end = id + sizeof(id);
   std::fill_n(id, sizeof(id), '0');
-  const char* digits =
-      text::BitDigits(platform::current_thread_id(), 4, "0123456789abcdef", end);
+  const char* digits = text::BitDigits(platform::current_thread_id(), 4, "0123456789abcdef", end);
   digits = std::min(digits, static_cast<const char*>(end - kIdDigits));
 
   char tail[kPrefixLength];
@@ -120,31 +127,6 @@ void MP_Log::PutPrefix(int milliseconds) {
 
 void MP_Log::PutBytes(const char* bytes, std::size_t n) {
   file_.Count(file_.writer()->WriteBlock(bytes, static_cast<int>(n)));
-}
-
-void MP_Log::PutMessage(const char* format, va_list args) {
-  file_.Count(file_.writer()->VPrintf(format, args));
-}
-
-void MP_Log::PutHex(const char* data, int length) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
-  char line[kHexPerLine * 3 + 1];
-  char* out = line;
-  for (int i = 0; data != nullptr && i < length; ++i) {
-    const unsigned char byte = static_cast<unsigned char>(data[i]);
-    *out++ = kDigits[byte >> 4];
-    *out++ = kDigits[byte & 15];
-    *out++ = ' ';
-    if ((i + 1) % kHexPerLine != 0) continue;
-    *out++ = '\n';
-    PutBytes(line, static_cast<std::size_t>(out - line));
-    out = line;
-  }
-  PutBytes(line, static_cast<std::size_t>(out - line));
-}
-
-void MP_Log::EndLine() {
-  if (file_.writer()->GetLastByte() != '\n') PutBytes("\n", 1);
 }
 
 void MP_Log::Write(const char* text) {

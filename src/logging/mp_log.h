@@ -10,6 +10,7 @@
 
 #include "concurrency/mp_lock.h"
 #include "logging/log_file.h"
+#include "logging/log_line.h"
 
 // Every log has a lock, also one of which the host promises to use it from one thread: the
 // monitor is another one.
@@ -45,16 +46,11 @@ class MP_Log {
 
   bool Passes(int level) const { return level <= level_.load(std::memory_order_relaxed); }
 
-  // These expect the lock to be held. Record writes what `putBody` puts between the prefix and
-  // the end of the record's last line.
-  template <class PutBody>
-  void Record(int milliseconds, PutBody putBody);
+  // These expect the lock to be held.
+  void Record(int milliseconds, const LogLine& line);
   void SetStamp(long second);
   void PutPrefix(int milliseconds);
   void PutBytes(const char* bytes, std::size_t n);
-  void PutMessage(const char* format, va_list args);
-  void PutHex(const char* data, int length);
-  void EndLine();
 
   std::atomic<int> level_{INT_MIN};
   MP_Lock lock_;
