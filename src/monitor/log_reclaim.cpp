@@ -23,8 +23,7 @@ constexpr std::size_t kFilesAtOnce = 10;
 // Whether a directory gives room: days stand `depth` levels below it, and it holds one, or
 // nothing at all. What holds only other things is somebody else's.
 bool GivesRoom(platform::Directory* parent, const std::string& name, int depth) {
-  const platform::DirectoryHandle directory =
-      platform::directory_open_child(parent, name.c_str());
+  const platform::DirectoryHandle directory = platform::directory_open_child(parent, name.c_str());
   if (directory == nullptr) return false;
   bool empty = true;
   platform::Entry entry;
@@ -60,8 +59,7 @@ class Level {
   }
   std::vector<std::string> Files() const {
     return Sorted([](const platform::Entry& entry) {
-      return entry.kind == platform::EntryKind::kFile &&
-             entry.name.find('.') != std::string::npos;
+      return entry.kind == platform::EntryKind::kFile && entry.name.find('.') != std::string::npos;
     });
   }
 

@@ -48,7 +48,7 @@ struct FileStatus {
   std::int64_t size = 0;      // in bytes
   std::int64_t accessed = 0;  // these three in seconds since 1970
   std::int64_t modified = 0;
-  std::int64_t created = 0;  // the last change where the file system keeps no birth
+  std::int64_t created = 0;             // the last change where the file system keeps no birth
   std::int32_t createdNanoseconds = 0;  // behind that second
   FileIdentity identity;
 };

@@ -49,5 +49,5 @@ unsigned long Kalvo_Timer::Watch(unsigned long id, int stop) {
   return timers->Watch(static_cast<std::uint32_t>(id), stop != 0);
 }
 
-void Kalvo_Timer::OnTimer(unsigned long, unsigned long, unsigned long, unsigned long,
-                          unsigned long, const char*) {}
+void Kalvo_Timer::OnTimer(unsigned long, unsigned long, unsigned long, unsigned long, unsigned long,
+                          const char*) {}

@@ -16,14 +16,14 @@ namespace {
 // How long the thread sleeps at most, in milliseconds: it has to give signs of life.
 constexpr std::uint32_t kLongestWait = 1000;
 
-// How many milliseconds count as having passed if the tick count has stepped back, in a pass and elsewhere.
+// How many milliseconds count as having passed if the tick count has stepped back, in a pass and
+// elsewhere.
 constexpr std::uint32_t kPassStep = 10;
 constexpr std::uint32_t kArmStep = 5;
 
 }  // namespace
 
-MP_TimerCore::MP_TimerCore()
-    : lastTick_(platform::tick_count()), wake_(platform::event_create()) {
+MP_TimerCore::MP_TimerCore() : lastTick_(platform::tick_count()), wake_(platform::event_create()) {
   text_[0] = '\0';
 }
 

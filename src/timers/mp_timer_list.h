@@ -22,9 +22,7 @@ class MP_TimerDue {
   MP_TimerDue(std::uint64_t time, bool exact) : bits_(time << 1 | (exact ? 1 : 0)) {}
 
   std::uint64_t time() const { return bits_ >> 1; }
-  bool FiresAt(std::uint64_t now) const {
-    return time() <= now + ((bits_ & 1) != 0 ? 0 : kSlack);
-  }
+  bool FiresAt(std::uint64_t now) const { return time() <= now + ((bits_ & 1) != 0 ? 0 : kSlack); }
 
   bool operator<(MP_TimerDue other) const { return bits_ < other.bits_; }
 
