@@ -6,6 +6,7 @@
 
 #include "kalvobase/lock.h"
 #include "platform/lock.h"
+#include "platform/thread.h"
 
 // Recursive: the holder can take it again and must release it as often.
 class MP_Lock : public Kalvo_BaseLock {
@@ -20,6 +21,21 @@ class MP_Lock : public Kalvo_BaseLock {
 
  private:
   platform::Lock* lock_;
+};
+
+// Holds a lock of the library's own for a moment in which no code of the host runs but callbacks
+// of the kernel debug channel. The thread is neither held nor killed meanwhile, since others
+// would wait for the lock for ever.
+class MP_ShieldedGuard {
+ public:
+  explicit MP_ShieldedGuard(MP_Lock* lock) : lock_(lock) { lock_->MP_Lock::Lock(); }
+  MP_ShieldedGuard(const MP_ShieldedGuard&) = delete;
+  MP_ShieldedGuard& operator=(const MP_ShieldedGuard&) = delete;
+  ~MP_ShieldedGuard() { lock_->MP_Lock::Unlock(); }
+
+ private:
+  const platform::ThreadShield shield_;  // before the lock is taken, until it is free
+  MP_Lock* const lock_;
 };
 
 #endif  // KALVOBASE_SRC_CONCURRENCY_MP_LOCK_H_

@@ -29,19 +29,27 @@ MP_Thread::MP_Thread(Routine routine, void* context, bool run, const char* name,
     : routine_(routine),
       context_(context),
       stackText_(stackText),
+      toldGate_(platform::event_create()),
+      startGate_(platform::event_create()),
+      exitGate_(platform::event_create()),
       lastActive_(platform::wall_time().seconds) {
   std::strncpy(name_, name != nullptr ? name : "anonymous", kNameSize - 1);
   name_[kNameSize - 1] = '\0';
-  thread_ = platform::thread_create(Body, this, name_);
+  if (toldGate_ != nullptr && startGate_ != nullptr && exitGate_ != nullptr) {
+    thread_ = platform::thread_create(Body, this, name_);
+  }
   if (thread_ == nullptr) state_ = kInvalid;
   Tell(2, 2, "Thread(%s)[0x%x] create by thread[0x%x] %s", name_, id(),
        platform::current_thread_id(), run ? "run now" : "suspend");
-  toldGate_.Set();
+  platform::event_set(toldGate_);
 }
 
 MP_Thread::~MP_Thread() {
   Tell(6, 6, "~MP_Thread ,addr=0x%x,id=0x%x", Address(this), id());
   platform::thread_close(thread_);
+  platform::event_destroy(toldGate_);
+  platform::event_destroy(startGate_);
+  platform::event_destroy(exitGate_);
 }
 
 void MP_Thread::Destroy(MP_Thread* thread) {
@@ -57,17 +65,17 @@ void MP_Thread::Destroy(MP_Thread* thread) {
 
 void MP_Thread::Start() {
   int parked = kParked;
-  if (state_.compare_exchange_strong(parked, kReleased)) startGate_.Set();
+  if (state_.compare_exchange_strong(parked, kReleased)) platform::event_set(startGate_);
 }
 
 void MP_Thread::Body(void* self) {
   MP_Thread* const thread = static_cast<MP_Thread*>(self);
   char name[kNameSize];  // which outlives the object
   std::memcpy(name, thread->name_, kNameSize);
-  thread->toldGate_.Wait(platform::kNoLimit);
+  platform::event_wait(thread->toldGate_, platform::kNoLimit);
   Tell(3, 3, "[0x%08x]create THREAD[%x:%d](%s)\n", Address(thread), platform::current_thread_id(),
        platform::process_id(), name);
-  thread->startGate_.Wait(platform::kNoLimit);
+  platform::event_wait(thread->startGate_, platform::kNoLimit);
   thread->lastActive_ = platform::wall_time().seconds;
   if (thread->running_) {
     thread->RunRoutine(name);
@@ -102,7 +110,7 @@ void MP_Thread::Finish(const char* name) {
   const bool destroy = destroyMark_;
   running_ = false;
   finished_ = true;
-  exitGate_.Set();  // from here on the object may be gone
+  platform::event_set(exitGate_);  // from here on the object may be gone
   if (!destroy) return;
   TellOfSelf(4, 4, "THREAD[0x%x:%d](%s) destroy by self\n", name);
   delete this;
@@ -126,7 +134,7 @@ int MP_Thread::WaitFor(std::uint32_t ms) {
   }
   Resume();
   // Nobody opens the gate of a lost thread but Kill.
-  const bool signalled = exitGate_.Wait(IsLost() ? 0 : ms) == 0;
+  const bool signalled = platform::event_wait(exitGate_, IsLost() ? 0 : ms) == 0;
   if (!signalled || !finished_) {
     Tell(-1, -1, "thread[%x](%s) not exit normally...,Kill it.\n", threadId, name_);
     platform::thread_kill(thread_);
@@ -141,7 +149,10 @@ int MP_Thread::Kill(std::uint32_t code) {
   if (IsCurrent()) Exit(code);
   platform::thread_kill(thread_);
   exitCode_ = code;
-  exitGate_.Set();  // so that a WaitFor does not wait for what cannot come
+  // A WaitFor must not wait for what cannot come. The thread may have been killed between
+  // opening the gate and waking who waits there.
+  platform::event_signal(exitGate_);
+  platform::event_wake(exitGate_);
   return 1;
 }
 
@@ -154,7 +165,7 @@ int MP_Thread::Exit(std::uint32_t code) {
   exitCode_ = code;
   const bool destroy = destroyMark_;
   finished_ = true;
-  exitGate_.Set();  // from here on the object may be gone
+  platform::event_set(exitGate_);  // from here on the object may be gone
   if (destroy) delete this;
   platform::thread_exit();
 }
@@ -171,7 +182,7 @@ std::uint32_t MP_Thread::Suspend() {
 std::uint32_t MP_Thread::Resume() {
   int seen = kSuspended;
   if (state_.compare_exchange_strong(seen, kReleased)) {
-    startGate_.Set();
+    platform::event_set(startGate_);
     return platform::thread_resume(thread_);
   }
   Start();

@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "concurrency/mp_event.h"
+#include "platform/event.h"
 #include "platform/thread.h"
 
 // Nothing here is guarded by a lock: a thread that is killed or held inside an operation must
@@ -74,9 +74,9 @@ class MP_Thread {
   void* const context_;
   const char* const stackText_;
   char name_[kNameSize];
-  MP_Event toldGate_{true, false};  // opens when the line about the new thread is out
-  MP_Event startGate_{true, false};
-  MP_Event exitGate_{true, false};
+  platform::Event* const toldGate_;  // opens when the line about the new thread is out
+  platform::Event* const startGate_;
+  platform::Event* const exitGate_;
   std::atomic<int> state_{kParked};
   std::atomic<bool> running_{true};
   std::atomic<bool> destroyMark_{false};

@@ -22,24 +22,24 @@ constexpr int kOnePiece = 0x10000;
 }  // namespace
 
 void MP_Log::Init(const char* name, int level) {
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   file_.SetBaseName(name);
   level_ = level;
 }
 
 void MP_Log::SetMainDirectory(const char* directory) {
   if (directory == nullptr) return;
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   file_.SetMainDirectory(directory);
 }
 
 void MP_Log::SetSizeLimit(int bytes) {
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   file_.SetSizeLimit(bytes);
 }
 
 std::string MP_Log::MainDirectory() {
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   return file_.mainDirectory();
 }
 
@@ -48,7 +48,7 @@ void MP_Log::Print(int level, const char* format, va_list args) {
   LogLine line;
   line.AddMessage(format, args);
   line.EndLine();
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   const platform::WallTime now = platform::wall_time();
   if (stamp_.second != now.seconds) SetStamp(now.seconds);
   Record(now.milliseconds, line);
@@ -59,7 +59,7 @@ void MP_Log::Print(long time, int level, const char* format, va_list args) {
   LogLine line;
   line.AddMessage(format, args);
   line.EndLine();
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   SetStamp(time);
   Record(platform::wall_time().milliseconds, line);
 }
@@ -71,7 +71,7 @@ void MP_Log::HexPrint(int level, const char* data, int length, const char* forma
   line.EndLine();
   line.AddHex(data, length);
   line.PutByte('\n');
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   SetStamp(platform::wall_time().seconds);
   Record(static_cast<int>(platform::tick_count() % 1000), line);
 }
@@ -131,7 +131,7 @@ void MP_Log::PutBytes(const char* bytes, std::size_t n) {
 
 void MP_Log::Write(const char* text) {
   if (text == nullptr) return;
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   try {
     std::string line(kPrefixLength, ' ');
     line += text;
@@ -146,12 +146,12 @@ void MP_Log::Write(const char* text) {
 }
 
 void MP_Log::Flush() {
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   if (file_.IsOpen()) file_.Flush();
 }
 
 void MP_Log::CheckFile() {
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   try {
     SetStamp(platform::wall_time().seconds);
     file_.Check(stamp_.local);

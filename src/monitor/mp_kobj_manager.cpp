@@ -152,7 +152,7 @@ void MP_KObjManager::RunPass(bool threads) {
 
 // Takes the node; what it holds goes with it if there is no memory for its place.
 bool MP_KObjManager::Add(std::unique_ptr<Node> node) {
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   if (registry_.AddItemAtTail(node.get()) == nullptr) return false;
   static_cast<void>(node.release());
   return true;
@@ -163,7 +163,7 @@ void MP_KObjManager::Delete(const void* object) {
   if (object == nullptr) return;
   std::unique_ptr<Node> found;
   {
-    Kalvo_AutoLock guard(&lock_);
+    const MP_ShieldedGuard guard(&lock_);
     Kalvo_QueueObject* item = registry_.PeekHead(0);
     while (item != nullptr && static_cast<Node*>(item)->object() != object) item = item->Next();
     if (item == nullptr) return;

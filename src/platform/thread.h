@@ -51,6 +51,17 @@ std::uint32_t thread_resume(Thread* thread);
 // Ends a thread, held or not, and returns when it runs no more. Not for the calling thread.
 void thread_kill(Thread* thread);
 
+// While one of these lives, the calling thread is neither held nor killed: both wait for it.
+// For the moments in which the library holds a lock that others need and runs no code of the
+// host.
+class ThreadShield {
+ public:
+  ThreadShield();
+  ThreadShield(const ThreadShield&) = delete;
+  ThreadShield& operator=(const ThreadShield&) = delete;
+  ~ThreadShield();
+};
+
 // Ends the calling thread, which thread_create made, without unwinding.
 [[noreturn]] void thread_exit();
 

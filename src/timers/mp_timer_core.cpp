@@ -105,7 +105,7 @@ std::uint64_t MP_TimerCore::Now(std::uint32_t stepBack) {
 
 // All that is due is taken before anything is armed again, so a timer fires once in a pass.
 void MP_TimerCore::RunPass() {
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   const std::uint64_t now = Now(kPassStep);
   wakeAt_ = 0;  // nothing that is armed below has to wake this thread
   std::uint64_t next = lists_.TakeDue(now, now + kLongestWait, &due_);
@@ -163,7 +163,7 @@ void MP_TimerCore::Free(MP_TimerRecord* record) {
 
 std::uint32_t MP_TimerCore::Set(std::uint32_t count, const MP_TimerInfo& timer) {
   if (count == 0) return 0;
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   try {
     if (!records_.HasFree()) {
       due_.reserve(static_cast<std::size_t>(records_.groupCount() + 1) * records_.kGroupSize);
@@ -206,7 +206,7 @@ MP_TimerRecord* MP_TimerCore::Find(std::uint32_t id, const char* missing,
 
 void MP_TimerCore::Clear(std::uint32_t id) {
   if (id == 0) return;
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   MP_TimerRecord* const record =
       Find(id, messages::kTimerClearMissing, messages::kTimerClearMismatch);
   if (record == nullptr) return;
@@ -216,7 +216,7 @@ void MP_TimerCore::Clear(std::uint32_t id) {
 
 std::uint32_t MP_TimerCore::Reset(std::uint32_t id, std::uint32_t ms) {
   if (id == 0) return 0;
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   MP_TimerRecord* const record =
       Find(id, messages::kTimerClearMissing, messages::kTimerClearMismatch);
   if (record == nullptr) return 0;
@@ -229,7 +229,7 @@ std::uint32_t MP_TimerCore::Reset(std::uint32_t id, std::uint32_t ms) {
 
 std::uint32_t MP_TimerCore::Watch(std::uint32_t id, bool stop) {
   if (id == 0) return 0;
-  Kalvo_AutoLock guard(&lock_);
+  const MP_ShieldedGuard guard(&lock_);
   MP_TimerRecord* const record =
       Find(id, messages::kTimerWatchMissing, messages::kTimerWatchMismatch);
   if (record == nullptr) return 0xFFFFFFFF;

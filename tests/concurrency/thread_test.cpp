@@ -8,17 +8,22 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "kalvobase/log.h"
+#include "kalvobase/timer.h"
 #include "support/channel.h"
 #include "support/folder.h"
+#include "support/log_tree.h"
 #include "support/processes.h"
 #include "support/stopwatch.h"
 
@@ -96,7 +101,8 @@ TEST(Thread, TellsOfItsLifeOnBothStreams) {
     EXPECT_EQ(code, 42ul);
   }
   const std::vector<std::string> all = channel.Logged();
-  EXPECT_EQ(channel.Printed(), all);
+  const std::vector<std::string> printed = channel.Printed();
+  EXPECT_TRUE(std::is_permutation(all.begin(), all.end(), printed.begin(), printed.end()));
   std::vector<std::string> lines;
   for (const std::string& line : all) {  // but those of the monitor's thread
     if (line.find("KObjManager") == std::string::npos) lines.push_back(line);
@@ -286,6 +292,59 @@ TEST(Thread, IsHeldAndKilledInsideTheAllocator) {
   EXPECT_EQ(thread->IsValid(), 0);
 }
 #endif
+
+#if !defined(KALVOBASE_SANITIZED)
+// Whatever of the library it was in.
+TEST(Thread, IsKilledWithoutALockOfTheLibrary) {
+  const support::Folder folder;
+  Kalvo_Log log;
+  log.SetMainDir(folder.Path().c_str());
+  log.Init("killed", 1);
+  Kalvo_Timer timer;
+  Function logs = [&]() -> unsigned long {
+    for (;;) log.Trace(1, "%s", "a record");
+  };
+  Function sets = [&]() -> unsigned long {
+    for (;;) timer.ClearTimer(timer.SetTimer(100000, 0, 0, 0, nullptr));
+  };
+  for (int i = 0; i < 300; ++i) {
+    const auto thread = Start(i % 2 == 0 ? &logs : &sets);
+    usleep(static_cast<useconds_t>(i % 10 * 10));
+    ASSERT_EQ(thread->Suspend(), 0ul);
+    log.Trace(1, "whole");
+    timer.ClearTimer(timer.SetTimer(100000, 0, 0, 0, nullptr));
+    thread->Kill(1);
+    log.Trace(1, "whole");
+    timer.ClearTimer(timer.SetTimer(100000, 0, 0, 0, nullptr));
+  }
+  for (const auto& file : support::LogFiles(folder.Path())) {
+    std::istringstream lines(file.second);
+    for (std::string line; std::getline(lines, line);) {
+      ASSERT_TRUE(line.substr(31) == "whole" || line.substr(31) == "a record") << line;
+    }
+  }
+}
+#endif
+
+TEST(Thread, EndsWhereverItSaysSo) {
+  static Kalvo_Thread* self = nullptr;
+  struct Last {
+    bool used = false;
+    ~Last() {
+      if (used) self->Exit(5);
+    }
+  };
+  static thread_local Last last;
+  Function body = [] {
+    last.used = true;
+    return 4ul;
+  };
+  const auto thread = Start(&body, 0);
+  self = thread.get();
+  Release(self);
+  thread->WaitFor(10000);
+  EXPECT_EQ(thread->IsValid(), 0);
+}
 
 TEST(Thread, HandsNothingOfAKilledThreadToTheNext) {
   static pthread_key_t key;

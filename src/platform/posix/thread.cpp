@@ -31,8 +31,9 @@ struct Thread {
   std::atomic<std::uint32_t> id{0};  // 0 until the thread has begun
   void (*body)(void*);
   void* context;
-  char name[16];           // the kernel keeps no more
-  jmp_buf end;             // where thread_exit goes to
+  char name[16];  // the kernel keeps no more
+  jmp_buf end;    // where thread_exit goes to
+  bool inBody = false;
   bool foreign = false;    // stayed behind when the process was forked
   bool detached = false;   // closed by itself, not freed yet
   bool finishing = false;  // threads_finish waits for it
@@ -58,6 +59,18 @@ struct Register {
 
 Register all;
 
+// Holds the register. A thread that is killed meanwhile would hold it for ever.
+class RegisterGuard {
+ public:
+  RegisterGuard() { all.lock.lock(); }
+  RegisterGuard(const RegisterGuard&) = delete;
+  RegisterGuard& operator=(const RegisterGuard&) = delete;
+  ~RegisterGuard() { all.lock.unlock(); }
+
+ private:
+  const ThreadShield shield_;
+};
+
 // A forked child has only the thread that forked.
 void HoldRegister() { all.lock.lock(); }
 void ReleaseRegister() { all.lock.unlock(); }
@@ -77,10 +90,14 @@ void* Run(void* argument) {
   self->id = current_thread_id();
   futex_wake(&self->id, INT_MAX, FutexScope::kProcess);
   struct Ending {
-    ThreadControl* const control;
-    ~Ending() { control->End(); }
+    Thread* const self;
+    ~Ending() {
+      self->inBody = false;
+      self->control.End();
+    }
   };
-  const Ending ending{&self->control};
+  const Ending ending{self};
+  self->inBody = true;
   if (_setjmp(self->end) == 0) self->body(self->context);
   return nullptr;
 }
@@ -129,7 +146,7 @@ Thread* FirstOther() {
 // Frees what is left of threads that closed themselves and have ended since.
 void FreeDetached() {
   if (all.detached == 0) return;
-  std::lock_guard<std::mutex> guard(all.lock);
+  const RegisterGuard guard;
   Thread* next;
   for (Thread* thread = all.first; thread != nullptr; thread = next) {
     next = thread->next;
@@ -151,13 +168,13 @@ Thread* thread_create(void (*body)(void*), void* context, const char* name) {
   strncpy(thread->name, name, sizeof(thread->name) - 1);
   thread->name[sizeof(thread->name) - 1] = '\0';
   {
-    std::lock_guard<std::mutex> guard(all.lock);
+    const RegisterGuard guard;
     Prepare();
     thread->next = all.first;
     all.first = thread.get();
   }
   if (pthread_create(&thread->handle, nullptr, Run, thread.get()) != 0) {
-    std::lock_guard<std::mutex> guard(all.lock);
+    const RegisterGuard guard;
     Forget(thread.get());
     return nullptr;
   }
@@ -169,7 +186,7 @@ void thread_close(Thread* thread) {
   if (thread == nullptr) return;
   const bool gone = thread != current && JoinOrKill(thread, kEndMs);
   {
-    std::lock_guard<std::mutex> guard(all.lock);
+    const RegisterGuard guard;
     if (gone) {
       Forget(thread);
     } else {
@@ -228,9 +245,18 @@ void thread_kill(Thread* thread) {
   if (thread != nullptr && !thread->foreign) thread->control.Kill(thread->handle);
 }
 
+ThreadShield::ThreadShield() {
+  if (ThreadControl* control = ThreadControl::Current()) control->Shield();
+}
+
+ThreadShield::~ThreadShield() {
+  if (ThreadControl* control = ThreadControl::Current()) control->Unshield();
+}
+
 void thread_exit() {
-  if (current != nullptr) _longjmp(current->end, 1);
-  pthread_exit(nullptr);
+  if (current == nullptr) pthread_exit(nullptr);
+  if (current->inBody) _longjmp(current->end, 1);
+  current->control.EndHere();  // its thread-local objects are being destroyed
 }
 
 bool call_guarded(const std::function<void()>& call) {

@@ -28,7 +28,6 @@ namespace {
 // that no signal interrupts, or the host has blocked the signal.
 constexpr std::uint32_t kReactionMs = 2000;
 
-// The control of the calling thread; null in threads that the library did not make.
 __attribute__((tls_model("initial-exec"))) thread_local ThreadControl* current = nullptr;
 
 struct sigaction replaced;
@@ -51,7 +50,18 @@ void ThreadControl::Begin() {
   pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
 }
 
-void ThreadControl::End() { Answer(kEnded); }
+void ThreadControl::End() {
+  shields_.store(0, std::memory_order_relaxed);
+  Answer(kEnded);
+}
+
+ThreadControl* ThreadControl::Current() { return current; }
+
+void ThreadControl::Unshield() {
+  shields_.store(Shields() - 1, std::memory_order_relaxed);
+  std::atomic_signal_fence(std::memory_order_seq_cst);
+  if (Shields() == 0 && IsOrdered()) pthread_kill(pthread_self(), Signal());
+}
 
 bool ThreadControl::Suspend(pthread_t thread) {
   std::uint32_t seen = order_;
@@ -110,15 +120,18 @@ void ThreadControl::OnSignal(int) {
 }
 
 void ThreadControl::Obey() {
-  for (;;) {
+  while (Shields() <= 0) {
     const std::uint32_t order = order_;
-    if (order == kKill) break;
+    if (order == kKill) EndHere();
     if ((order & kKind) == kRun) return;
     // A thread whose body has ended runs nothing of the host any more.
     if (HasEnded()) return;
     Answer(order);
     futex_wait(&order_, order, nullptr, FutexScope::kProcess);
   }
+}
+
+void ThreadControl::EndHere() {
   // The C library hands a thread's memory on to the next one, and what it keeps for the
   // thread by keys along with it.
   for (pthread_key_t key = 0; key < PTHREAD_KEYS_MAX; ++key) {

@@ -30,6 +30,16 @@ class ThreadControl {
   bool AwaitEnd(std::uint32_t ms) { return AwaitAnswer(kEnded, ms); }
   bool WasKilled() const { return order_ == kKill; }
 
+  // For the thread itself: orders wait while the shields outnumber the unshields.
+  void Shield() { shields_.store(Shields() + 1, std::memory_order_relaxed); }
+  void Unshield();
+
+  // For the thread itself: ends it there and then.
+  [[noreturn]] void EndHere();
+
+  // That of the calling thread; null in threads that the library did not make.
+  static ThreadControl* Current();
+
   // These two are for other threads and return when the thread stands still, or has ended.
   // False if it does not react.
   bool Suspend(pthread_t thread);
@@ -54,11 +64,19 @@ class ThreadControl {
   static constexpr std::uint32_t kKill = 0xFFFFFFFE;
   static constexpr std::uint32_t kEnded = 0xFFFFFFFF;  // an answer
 
+  bool IsOrdered() const {
+    const std::uint32_t order = order_;
+    return order == kKill || ((order & kKind) == kSuspend && answer_ != order);
+  }
   static std::uint32_t Next(std::uint32_t order, std::uint32_t kind);
   static void OnSignal(int);
   void Obey();
   bool AwaitAnswer(std::uint32_t order, std::uint32_t ms);
   void Answer(std::uint32_t order);
+
+  // Only the thread and the handler that interrupts it look at it.
+  int Shields() const { return shields_.load(std::memory_order_relaxed); }
+  std::atomic<int> shields_{0};
 
   std::atomic<std::uint32_t> order_{kRun};
   std::atomic<std::uint32_t> answer_{kRun};  // the last order to stand still that was obeyed
