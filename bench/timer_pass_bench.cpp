@@ -15,7 +15,7 @@ bool IdlePass(std::uint32_t armed) {
                for (std::uint32_t i = 0; i < armed; ++i) {
                  MP_TimerInfo timer;
                  timer.ms = 3600000 + i;
-                 timers.Set(1, timer);
+                 timers.Set(1, timer, nullptr);
                }
                for (auto _ : state) timers.RunPass();
              });

@@ -16,7 +16,7 @@
 // closed soon after midnight also if nothing more is written, and when 500 MiB or less are free
 // on its volume, a thread of the library deletes the oldest days below the main directory; keep
 // nothing else there. Where the system has symbolic links, `current` in the main directory leads
-// to the newest day, and `host.log` in a day's directory to its newest file.
+// to the day that was written to last, and `host.log` in a day's directory to its last file.
 //
 // A record is flushed at once, in one write. Records that cannot be written are lost: nothing
 // here reports a failure, and logging goes on when the trouble has ended.
@@ -45,8 +45,8 @@ class KALVO_API Kalvo_Log {
   // Writes out what is in the buffer and closes the file.
   virtual ~Kalvo_Log();
 
-  // Sets the first part of all file names, and the highest level that passes. Before it
-  // nothing passes.
+  // Sets the first part of all file names, and the highest level that passes, which is the
+  // lowest number before.
   void Init(const char* name, int level);
 
   // Sets the main directory, which is made when it is needed. An absolute path, or one with a
@@ -86,7 +86,8 @@ class KALVO_API Kalvo_Log {
   // makes the directory of the day. The library does this once a second.
   void CheckFile();
 
-  // The main directory. The text is good until the next SetMainDir.
+  // The main directory. The text is good until the next SetMainDir, which must not run at the
+  // same time.
   const char* GetDirInfo();
 
  private:

@@ -64,7 +64,8 @@ class KALVO_API Kalvo_Thread {
   // then is killed. Called by the thread itself it does not wait. Always 0.
   int WaitFor(unsigned long ms);
 
-  // Kills the thread, the calling one, too, and stores the exit code. Always 1.
+  // Kills the thread, the calling one, too, and stores the exit code. Nothing happens once
+  // IsValid gives 0. Always 1.
   int Kill(unsigned long code);
   int Terminate(int code);
 
@@ -76,8 +77,8 @@ class KALVO_API Kalvo_Thread {
   // running; 0xFFFFFFFF if it has ended or does not react. Nothing counts how often.
   unsigned long Suspend();
 
-  // Let a suspended thread go on, which gives 1, or start a parked one, which gives 0, as does
-  // a thread that is neither.
+  // Let a suspended thread go on, which gives 1 (0xFFFFFFFF if it was killed meanwhile), or start
+  // a parked one, which gives 0, as does a thread that is neither.
   unsigned long Resume();
   unsigned long Continue();
 

@@ -18,6 +18,7 @@ class MP_Lock : public Kalvo_BaseLock {
 
   void Lock() override { platform::lock_enter(lock_); }
   void Unlock() override { platform::lock_leave(lock_); }
+  void TakeOver() { platform::lock_take_over(lock_); }
 
  private:
   platform::Lock* lock_;

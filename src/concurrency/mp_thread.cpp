@@ -170,20 +170,20 @@ int MP_Thread::Exit(std::uint32_t code) {
   platform::thread_exit();
 }
 
+// A thread that suspends itself stands still when it leaves the guard.
 std::uint32_t MP_Thread::Suspend() {
-  int released = kReleased;
-  if (!state_.compare_exchange_strong(released, kSuspended)) return 0;
+  const MP_ShieldedGuard guard(&holdLock_);
+  if (state_ != kReleased) return 0;
   const std::uint32_t result = platform::thread_suspend(thread_);
-  int suspended = kSuspended;
-  if (result == platform::kSuspendFailed) state_.compare_exchange_strong(suspended, kReleased);
+  if (result != platform::kSuspendFailed) state_ = kSuspended;
   return result;
 }
 
 std::uint32_t MP_Thread::Resume() {
-  int seen = kSuspended;
-  if (state_.compare_exchange_strong(seen, kReleased)) {
-    platform::event_set(startGate_);
-    return platform::thread_resume(thread_);
+  {
+    const MP_ShieldedGuard guard(&holdLock_);
+    int seen = kSuspended;
+    if (state_.compare_exchange_strong(seen, kReleased)) return platform::thread_resume(thread_);
   }
   Start();
   return 0;

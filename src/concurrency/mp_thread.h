@@ -6,11 +6,12 @@
 #include <atomic>
 #include <cstdint>
 
+#include "concurrency/mp_lock.h"
 #include "platform/event.h"
 #include "platform/thread.h"
 
-// Nothing here is guarded by a lock: a thread that is killed or held inside an operation must
-// not keep others, the monitor among them, from asking about it.
+// What others ask for is guarded by no lock: a thread that is killed or held inside an operation
+// must not keep them, the monitor among them, from asking.
 class MP_Thread {
  public:
   using Routine = unsigned long (*)(void*);
@@ -77,6 +78,7 @@ class MP_Thread {
   platform::Event* const toldGate_;  // opens when the line about the new thread is out
   platform::Event* const startGate_;
   platform::Event* const exitGate_;
+  MP_Lock holdLock_;  // from a change between released and suspended until it has taken effect
   std::atomic<int> state_{kParked};
   std::atomic<bool> running_{true};
   std::atomic<bool> destroyMark_{false};

@@ -82,11 +82,10 @@ int MP_FileItem::IsModified() {
 
 bool MP_FileItem::DiskInfo(const char* path, long long* blockSize, long long* totalBlocks,
                            long long* freeBlocks) {
-  std::uint64_t total = 0;
-  std::uint64_t free = 0;
-  if (!platform::volume_space(platform::system_path(path), &total, &free)) return false;
+  platform::VolumeSpace space;
+  if (!platform::volume_space(platform::system_path(path), &space)) return false;
   *blockSize = kDiskBlock;
-  *totalBlocks = static_cast<long long>(total / kDiskBlock);
-  *freeBlocks = static_cast<long long>(free / kDiskBlock);
+  *totalBlocks = static_cast<long long>(space.total / kDiskBlock);
+  *freeBlocks = static_cast<long long>(space.free / kDiskBlock);
   return true;
 }

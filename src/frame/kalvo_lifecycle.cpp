@@ -8,6 +8,7 @@
 #include "kalvobase/lifecycle.h"
 #include "monitor/kalvo_kobj_manager.h"
 #include "platform/clock.h"
+#include "platform/process.h"
 #include "platform/thread.h"
 #include "timers/kalvo_timer_manager.h"
 
@@ -40,6 +41,30 @@ constexpr std::initializer_list<ProcessObjectEntry> kStartOrder = {
 
 std::atomic<bool> started{false};
 
+// A fork finds nothing half done. The locks are taken in the order in which they nest.
+void BeforeFork() {
+  Kalvo_TimerManager::HoldTimers();
+  Kalvo_KObjManager::Hold();
+  MP_KernelDebug::Hold();
+}
+
+void AfterFork() {
+  MP_KernelDebug::Release();
+  Kalvo_KObjManager::Release();
+  Kalvo_TimerManager::ReleaseTimers();
+}
+
+void InForkedChild() {
+  MP_KernelDebug::Release();
+  Kalvo_KObjManager::Release();
+  Kalvo_TimerManager::GoOnInChild();
+}
+
+void WatchForks() {
+  static const bool watching = (platform::watch_forks(BeforeFork, AfterFork, InForkedChild), true);
+  static_cast<void>(watching);
+}
+
 // How long threads that were told to end get to leave the library's code, and how long those
 // get that nobody owns any more.
 constexpr std::uint32_t kRestMs = 20;
@@ -50,6 +75,7 @@ constexpr std::uint32_t kFinishMs = 2000;
 extern "C" void klbase_init(void) {
   started = true;
   for (const ProcessObjectEntry& object : kStartOrder) object.make();
+  WatchForks();
 }
 
 extern "C" void klbase_fini(void) {
@@ -57,9 +83,10 @@ extern "C" void klbase_fini(void) {
   for (const ProcessObjectEntry* object = kStartOrder.end(); object != kStartOrder.begin();) {
     (--object)->stop();
   }
+  // Threads that have destroyed their own object go on without one.
+  platform::threads_finish(kFinishMs);
   platform::sleep_ms(kRestMs);
   for (const ProcessObjectEntry* object = kStartOrder.end(); object != kStartOrder.begin();) {
     (--object)->free();
   }
-  platform::threads_finish(kFinishMs);
 }

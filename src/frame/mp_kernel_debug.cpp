@@ -21,6 +21,16 @@ MP_KernelDebug* MP_KernelDebug::Get() { return theChannel.Get(); }
 
 void MP_KernelDebug::Free() { theChannel.Free(); }
 
+void MP_KernelDebug::Hold() {
+  MP_KernelDebug* const channel = theChannel.Peek();
+  if (channel != nullptr && channel->errorLog_ != nullptr) channel->errorLog_->Hold();
+}
+
+void MP_KernelDebug::Release() {
+  MP_KernelDebug* const channel = theChannel.Peek();
+  if (channel != nullptr && channel->errorLog_ != nullptr) channel->errorLog_->Release();
+}
+
 MP_KernelDebug::MP_KernelDebug() {
   const char* const directory = platform::environment_variable("Kalvo_Err_LogDir");
   if (directory == nullptr) return;

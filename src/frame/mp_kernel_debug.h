@@ -26,6 +26,10 @@ class MP_KernelDebug {
   static MP_KernelDebug* Get();
   static void Free();
 
+  // For a fork: nobody else uses the error log between the two.
+  static void Hold();
+  static void Release();
+
   void Print(int level, const char* format, va_list args);
   void Log(int level, const char* format, va_list args);
 
@@ -51,8 +55,7 @@ namespace kernel_debug {
 // The level of every error of the library itself.
 constexpr int kError = -4097;
 
-// A line for the Log stream at one level, then for the Print stream at another. A null format
-// says nothing.
+// A line for the Log stream at one level, then for the Print stream at another.
 void Tell(int logLevel, int printLevel, const char* format, ...);
 
 }  // namespace kernel_debug

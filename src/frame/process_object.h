@@ -32,6 +32,9 @@ class ProcessObject {
     return object;
   }
 
+  // The object, if there is one.
+  T* Peek() const { return object_.load(std::memory_order_acquire); }
+
   // Frees the object, if there is one. Nobody else may be using it.
   void Free() { delete object_.exchange(nullptr, std::memory_order_acq_rel); }
 

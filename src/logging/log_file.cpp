@@ -66,7 +66,6 @@ void LogFile::StartDay(const std::tm& time) {
 }
 
 void LogFile::Roll(const std::tm& time) {
-  hasRecords_ = true;
   const bool today = IsToday(time);
   if (today && HasRoom()) return;
   if (!today) StartDay(time);
@@ -113,6 +112,7 @@ void LogFile::Open() {
       kPermissions);
   if (descriptor < 0) return;  // and the next record tries again
   writer_.Attach(descriptor);
+  hasRecords_ = true;
   LinkDay();
   Link(WithoutDirectory(fileName_), dayDirectory_ + "/" + baseName_ + ".log");
 }

@@ -28,5 +28,6 @@ void LogLine::AddHex(const char* data, int length) {
 }
 
 void LogLine::EndLine() {
-  if (GetLastByte() != '\n') PutByte('\n');
+  if (GetLastByte() == '\n' || PutByte('\n') == '\n') return;
+  end[-1] = '\n';  // no memory is left for another byte
 }

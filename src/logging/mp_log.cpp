@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <new>
 
 #include "files/stream_kind.h"
 #include "kalvobase/text.h"
@@ -10,16 +11,6 @@
 #include "platform/clock.h"
 #include "platform/thread.h"
 #include "text/number_text.h"
-
-namespace {
-
-constexpr int kPrefixLength = 31;
-constexpr int kIdDigits = 4;
-
-// A record of up to this size goes out in one write.
-constexpr int kOnePiece = 0x10000;
-
-}  // namespace
 
 void MP_Log::Init(const char* name, int level) {
   const MP_ShieldedGuard guard(&lock_);
@@ -51,7 +42,7 @@ void MP_Log::Print(int level, const char* format, va_list args) {
   const MP_ShieldedGuard guard(&lock_);
   const platform::WallTime now = platform::wall_time();
   if (stamp_.second != now.seconds) SetStamp(now.seconds);
-  Record(now.milliseconds, line);
+  Record(now.milliseconds, &line);
 }
 
 void MP_Log::Print(long time, int level, const char* format, va_list args) {
@@ -61,7 +52,7 @@ void MP_Log::Print(long time, int level, const char* format, va_list args) {
   line.EndLine();
   const MP_ShieldedGuard guard(&lock_);
   SetStamp(time);
-  Record(platform::wall_time().milliseconds, line);
+  Record(platform::wall_time().milliseconds, &line);
 }
 
 void MP_Log::HexPrint(int level, const char* data, int length, const char* format, va_list args) {
@@ -70,79 +61,84 @@ void MP_Log::HexPrint(int level, const char* data, int length, const char* forma
   line.AddMessage(format, args);
   line.EndLine();
   line.AddHex(data, length);
-  line.PutByte('\n');
+  line.AddEmptyLine();
   const MP_ShieldedGuard guard(&lock_);
   SetStamp(platform::wall_time().seconds);
-  Record(static_cast<int>(platform::tick_count() % 1000), line);
+  Record(static_cast<int>(platform::tick_count() % 1000), &line);
 }
 
-// Nothing that goes wrong reaches the host.
-void MP_Log::Record(int milliseconds, const LogLine& line) {
+// One write, so that records of other processes do not come in between. Nothing that goes wrong
+// reaches the host.
+void MP_Log::Record(int milliseconds, LogLine* line) {
   try {
     file_.Roll(stamp_.local);
     if (!file_.IsOpen()) return;
     file_.MendLine();
-    PutBytes(waiting_.data(), waiting_.size());
-    waiting_.clear();
-    const int length = kPrefixLength + line.Length();
-    if (length <= kOnePiece) file_.writer()->Reserve(length);
-    PutPrefix(milliseconds);
-    PutBytes(line.text(), static_cast<std::size_t>(line.Length()));
+    PutWaiting();
     file_.Flush();
+    StorePrefix(milliseconds, line->text());
+    file_.Count(file_.writer()->WriteDirect(line->text(), line->Length()));
   } catch (const std::exception&) {
   }
 }
 
 // A second that no calendar knows counts as now.
 void MP_Log::SetStamp(long second) {
-  if (!platform::local_time(second, &stamp_.local)) {
+  constexpr int kLastYear = INT_MAX - 1900;
+  if (!platform::local_time(second, &stamp_.local) || stamp_.local.tm_year > kLastYear) {
     second = platform::wall_time().seconds;
     platform::local_time(second, &stamp_.local);
   }
-  Kalvo_String text;
-  text.sprintf("[%4d-%02d-%02d %02d:%02d:%02d ", stamp_.local.tm_year + 1900,
-               stamp_.local.tm_mon + 1, stamp_.local.tm_mday, stamp_.local.tm_hour,
-               stamp_.local.tm_min, stamp_.local.tm_sec);
-  stamp_.text = text.c_str();
-  stamp_.second = second;
+  try {
+    Kalvo_String text;
+    text.sprintf("[%4d-%02d-%02d %02d:%02d:%02d ", stamp_.local.tm_year + 1900,
+                 stamp_.local.tm_mon + 1, stamp_.local.tm_mday, stamp_.local.tm_hour,
+                 stamp_.local.tm_min, stamp_.local.tm_sec);
+    std::memcpy(stamp_.text, text.c_str(), std::min<std::size_t>(text.length(), kStampLength));
+    stamp_.second = second;
+  } catch (const std::bad_alloc&) {
+    stamp_.second = LONG_MIN;
+  }
 }
 
-void MP_Log::PutPrefix(int milliseconds) {
+// The milliseconds and the thread's number follow the stamp.
+void MP_Log::StorePrefix(int milliseconds, char* prefix) const {
   char id[text::kMaxIntegerDigits];
   char* const end = id + sizeof(id);
   std::fill_n(id, sizeof(id), '0');
   const char* digits = text::BitDigits(platform::current_thread_id(), 4, "0123456789abcdef", end);
   digits = std::min(digits, static_cast<const char*>(end - kIdDigits));
 
-  char tail[kPrefixLength];
-  char* out = tail;
+  char* out = std::copy_n(stamp_.text, kStampLength, prefix);
   for (const int unit : {100, 10, 1}) *out++ = static_cast<char>('0' + milliseconds / unit % 10);
   *out++ = ' ';
   out = std::copy_n(digits, kIdDigits, out);
   *out++ = ']';
-  *out++ = ' ';
-  PutBytes(stamp_.text.data(), stamp_.text.size());
-  PutBytes(tail, static_cast<std::size_t>(out - tail));
-}
-
-void MP_Log::PutBytes(const char* bytes, std::size_t n) {
-  file_.Count(file_.writer()->WriteBlock(bytes, static_cast<int>(n)));
+  *out = ' ';
 }
 
 void MP_Log::Write(const char* text) {
   if (text == nullptr) return;
+  LogLine line;
+  line.WriteBlock(text, -1);
+  line.EndLine();
   const MP_ShieldedGuard guard(&lock_);
   try {
-    std::string line(kPrefixLength, ' ');
-    line += text;
-    if (line.back() != '\n') line += '\n';
     if (file_.IsOpen()) {
-      PutBytes(line.data(), line.size());
-    } else if (waiting_.size() + line.size() <= kStreamCapacity) {
-      waiting_ += line;
+      file_.MendLine();
+      file_.Count(file_.writer()->WriteBlock(line.text(), line.Length()));
+    } else if (waiting_.size() + static_cast<std::size_t>(line.Length()) <= kStreamCapacity) {
+      waiting_.append(line.text(), static_cast<std::size_t>(line.Length()));
     }
   } catch (const std::exception&) {
   }
+}
+
+// What Write was given while there was no file.
+void MP_Log::PutWaiting() {
+  if (waiting_.empty()) return;
+  file_.Count(file_.writer()->WriteBlock(waiting_.data(), static_cast<int>(waiting_.size())));
+  waiting_.clear();
 }
 
 void MP_Log::Flush() {

@@ -32,25 +32,32 @@ class MP_Log {
   void Flush();
   void CheckFile();
 
-  // The second is for threads that do not set it.
+  // For a fork: nobody else uses the log between the two.
+  void Hold() { lock_.Lock(); }
+  void Release() { lock_.Unlock(); }
+
+  // The second is for threads other than those that set it.
   const char* GetDirInfo() const { return file_.mainDirectory().c_str(); }
   std::string MainDirectory();
 
  private:
+  static constexpr int kStampLength = 21;
+  static constexpr int kIdDigits = 4;
+
   // The local time of a second, and as it stands in a prefix, up to the milliseconds.
   struct Stamp {
     long second = LONG_MIN;
     std::tm local = {};
-    std::string text;
+    char text[kStampLength + 1] = "";
   };
 
   bool Passes(int level) const { return level <= level_.load(std::memory_order_relaxed); }
 
-  // These expect the lock to be held.
-  void Record(int milliseconds, const LogLine& line);
+  // These expect the lock to be held. SetStamp looks again also for the second that it has.
+  void Record(int milliseconds, LogLine* line);
   void SetStamp(long second);
-  void PutPrefix(int milliseconds);
-  void PutBytes(const char* bytes, std::size_t n);
+  void StorePrefix(int milliseconds, char* prefix) const;
+  void PutWaiting();
 
   std::atomic<int> level_{INT_MIN};
   MP_Lock lock_;

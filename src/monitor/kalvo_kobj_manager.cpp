@@ -26,6 +26,14 @@ void Kalvo_KObjManager::Stop() {
 
 void Kalvo_KObjManager::Free() { theMonitor.Free(); }
 
+void Kalvo_KObjManager::Hold() {
+  if (Kalvo_KObjManager* monitor = theMonitor.Peek()) monitor->impl_->Hold();
+}
+
+void Kalvo_KObjManager::Release() {
+  if (Kalvo_KObjManager* monitor = theMonitor.Peek()) monitor->impl_->Release();
+}
+
 MP_Thread* Kalvo_KObjManager::NewThread(MP_Thread::Routine routine, void* context, bool run,
                                         const char* name, const char* stackText) {
   return impl_->NewThread(routine, context, run, name, stackText);

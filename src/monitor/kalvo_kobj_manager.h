@@ -26,6 +26,10 @@ class Kalvo_KObjManager {
   static void Stop();
   static void Free();
 
+  // As MP_KObjManager's, if there is one.
+  static void Hold();
+  static void Release();
+
   // The thread stands at its start gate; who asked for it starts it. Null if memory ran out.
   MP_Thread* NewThread(MP_Thread::Routine routine, void* context, bool run, const char* name,
                        const char* stackText);

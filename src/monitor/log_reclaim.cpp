@@ -127,10 +127,9 @@ void DeleteOldest(const Level& main) {
 
 bool ReclaimLogSpace(const std::string& mainDirectory) {
   const path::Path path = path::Normalise(mainDirectory.c_str());
-  std::uint64_t total;
-  std::uint64_t free;
-  if (!platform::volume_space(path.system, &total, &free)) return false;
-  if (free / kMebibyte > kEnough) return false;
+  platform::VolumeSpace space;
+  if (!platform::volume_space(path.system, &space)) return false;
+  if (space.available / kMebibyte > kEnough) return false;
   platform::DirectoryHandle directory = platform::directory_open(path.system, true);
   if (directory != nullptr) DeleteOldest(Level(std::move(directory), path.text));
   return true;

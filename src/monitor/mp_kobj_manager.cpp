@@ -9,6 +9,7 @@
 #include "logging/mp_log.h"
 #include "monitor/log_reclaim.h"
 #include "platform/clock.h"
+#include "platform/process.h"
 
 namespace {
 
@@ -84,29 +85,55 @@ MP_KObjManager::~MP_KObjManager() {
 }
 
 void MP_KObjManager::MakeThread() {
+  forks_ = platform::fork_count();
   thread_ = new (std::nothrow) MP_Thread(DoMonitor, this, false, kThreadName, nullptr);
 }
 
 void MP_KObjManager::EnsureRunning() {
-  MP_Thread* thread = thread_;
-  if (released_ && (thread == nullptr || !thread->IsLost())) return;
+  if (released_ && forks_ == platform::fork_count()) return;
   Kalvo_AutoLock guard(&lock_);
   released_ = true;
-  thread = thread_;
-  if (thread != nullptr && thread->IsLost()) {
-    MP_Thread::Destroy(thread);
+  if (forks_ != platform::fork_count()) {
+    if (MP_Thread* lost = thread_.exchange(nullptr)) MP_Thread::Destroy(lost);
     MakeThread();
-    thread = thread_;
   }
-  if (thread != nullptr) thread->Start();
+  if (MP_Thread* thread = thread_) thread->Start();
+}
+
+void MP_KObjManager::Hold() {
+  lock_.Lock();
+  ForEachLog([](MP_Log* log) { log->Hold(); });
+}
+
+void MP_KObjManager::Release() {
+  ForEachLog([](MP_Log* log) { log->Release(); });
+  lock_.Unlock();
+}
+
+template <class Action>
+void MP_KObjManager::ForEachLog(Action action) {
+  for (Kalvo_QueueObject* item = registry_.PeekHead(0); item != nullptr; item = item->Next()) {
+    if (item->GetType() == Node::kLog) action(static_cast<LogNode*>(item)->log());
+  }
 }
 
 void MP_KObjManager::Stop() {
-  MP_Thread* const thread = thread_.exchange(nullptr);
-  if (thread == nullptr) return;
-  thread->NotifyQuit();
-  platform::event_set(stop_);
-  MP_Thread::Destroy(thread);
+  if (MP_Thread* thread = thread_.exchange(nullptr)) {
+    thread->NotifyQuit();
+    platform::event_set(stop_);
+    MP_Thread::Destroy(thread);
+  }
+  // While everything that they may use is still there. Each is destroyed outside the lock.
+  while (TakeThread() != nullptr) {
+  }
+}
+
+std::unique_ptr<MP_KObjManager::Node> MP_KObjManager::TakeThread() {
+  const MP_ShieldedGuard guard(&lock_);
+  Kalvo_QueueObject* item = registry_.PeekHead(0);
+  while (item != nullptr && item->GetType() != Node::kThread) item = item->Next();
+  if (item != nullptr) item->Remove();
+  return std::unique_ptr<Node>(static_cast<Node*>(item));
 }
 
 unsigned long MP_KObjManager::DoMonitor(void* self) {

@@ -4,6 +4,7 @@
 #define KALVOBASE_SRC_MONITOR_MP_KOBJ_MANAGER_H_
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 
 #include "concurrency/mp_lock.h"
@@ -26,7 +27,11 @@ class MP_KObjManager {
   // Releases the thread, or makes another if the process was forked from one that has it.
   void EnsureRunning();
 
-  // Ends the thread for good.
+  // For a fork: nobody else holds the registry or a log between the two.
+  void Hold();
+  void Release();
+
+  // Ends the thread for good, and all threads of the registry.
   void Stop();
 
   MP_Thread* NewThread(MP_Thread::Routine routine, void* context, bool run, const char* name,
@@ -48,12 +53,16 @@ class MP_KObjManager {
   void MakeThread();
   bool Add(std::unique_ptr<Node> node);
   void Delete(const void* object);
+  std::unique_ptr<Node> TakeThread();
+  template <class Action>
+  void ForEachLog(Action action);
 
   // Guards the registry; held during a whole pass, and taken before the lock of any log.
   MP_Lock lock_;
   Kalvo_Queue registry_{0, 0};
   platform::Event* stop_;  // cuts the monitor's sleep short
   std::atomic<bool> released_{false};
+  std::atomic<std::uint32_t> forks_;         // when the thread was made
   std::atomic<MP_Thread*> thread_{nullptr};  // not in the registry
 };
 

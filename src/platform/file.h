@@ -70,8 +70,14 @@ std::string link_target(const std::string& path);
 // The path without links; empty if it leads nowhere.
 std::string resolve_links(const std::string& path);
 
-// The size of the volume that holds `path`, and what is free on it, in bytes.
-bool volume_space(const std::string& path, std::uint64_t* total, std::uint64_t* free);
+// The size of the volume that holds `path`, what is free on it, and what of that this process
+// may use, in bytes.
+struct VolumeSpace {
+  std::uint64_t total;
+  std::uint64_t free;
+  std::uint64_t available;
+};
+bool volume_space(const std::string& path, VolumeSpace* space);
 
 // --- Opening, reading, writing --------------------------------------------------------
 

@@ -15,6 +15,9 @@ void lock_destroy(Lock* lock);
 
 void lock_enter(Lock* lock);
 
+// For a child of fork, which has one thread: frees a lock that another thread held.
+void lock_take_over(Lock* lock);
+
 // No effect if the calling thread does not hold the lock.
 void lock_leave(Lock* lock);
 

@@ -26,9 +26,7 @@ unsigned long Kalvo_Timer::SetRepeatTimer(unsigned long count, unsigned long ms,
   timer.owner = static_cast<std::uint32_t>(owner);
   timer.attr = static_cast<std::uint32_t>(attr);
   timer.seq = static_cast<std::uint32_t>(seq);
-  timer.hasData = data != nullptr;
-  if (data != nullptr) timer.data = data;
-  return timers->Set(static_cast<std::uint32_t>(count), timer);
+  return timers->Set(static_cast<std::uint32_t>(count), timer, data);
 }
 
 void Kalvo_Timer::ClearTimer(unsigned long id) {

@@ -26,6 +26,19 @@ void Kalvo_TimerManager::Stop() {
 
 void Kalvo_TimerManager::Free() { theTimers.Free(); }
 
+void Kalvo_TimerManager::HoldTimers() {
+  if (Kalvo_TimerManager* timers = theTimers.Peek()) timers->Hold();
+}
+
+void Kalvo_TimerManager::ReleaseTimers() {
+  if (Kalvo_TimerManager* timers = theTimers.Peek()) timers->Release();
+}
+
+void Kalvo_TimerManager::GoOnInChild() {
+  if (Kalvo_TimerManager* timers = theTimers.Peek()) timers->ownerLock_.TakeOver();
+  ReleaseTimers();
+}
+
 std::uint32_t Kalvo_TimerManager::AddOwner(Kalvo_Timer* owner) {
   Kalvo_AutoLock guard(&ownerLock_);
   if (!owners_.HasFree() && !owners_.AddGroup()) return 0;

@@ -24,6 +24,12 @@ class Kalvo_TimerManager : public MP_TimerCore {
   static void Stop();
   static void Free();
 
+  // As MP_TimerCore's, if there is a service. In a child no OnTimer runs but that of the calling
+  // thread.
+  static void HoldTimers();
+  static void ReleaseTimers();
+  static void GoOnInChild();
+
   // Gives an owner a number; 0 if there are too many.
   std::uint32_t AddOwner(Kalvo_Timer* owner);
 

@@ -3,18 +3,20 @@
 #include <algorithm>
 #include <cstdio>
 #include <new>
-#include <stdexcept>
-#include <string>
 
 #include "frame/messages.h"
 #include "frame/mp_kernel_debug.h"
 #include "monitor/kalvo_kobj_manager.h"
 #include "platform/clock.h"
+#include "platform/process.h"
 
 namespace {
 
 // How long the thread sleeps at most, in milliseconds: it has to give signs of life.
 constexpr std::uint32_t kLongestWait = 1000;
+
+// For how many firings at once memory is kept.
+constexpr std::size_t kKeptFirings = 1024;
 
 // How many milliseconds count as having passed if the tick count has stepped back, in a pass and
 // elsewhere.
@@ -37,17 +39,20 @@ void MP_TimerCore::Dispatch(MP_TimerInfo*) {}
 // --- The thread -----------------------------------------------------------------------
 
 void MP_TimerCore::EnsureRunning(const char* name) {
-  MP_Thread* thread = thread_;
-  if (started_ && (thread == nullptr || !thread->IsLost())) return;
+  const std::uint32_t forks = platform::fork_count();
+  if (started_ && forks_ == forks) return;
   Kalvo_KObjManager* const monitor = Kalvo_KObjManager::Get();
   if (monitor == nullptr) return;
   Kalvo_AutoLock guard(&lock_);
-  thread = thread_;
-  if (started_ && (thread == nullptr || !thread->IsLost())) return;
-  monitor->DeleteThread(thread);
+  if (started_ && forks_ == forks) return;
+  // Before all else: what the host is told of the new thread may lead back here.
+  started_ = true;
+  forks_ = forks;
+  monitor->DeleteThread(thread_.exchange(nullptr));
   text_[0] = '\0';
-  const std::string threadName = std::string("MP_TimerThread(") + name + ")";
-  thread = monitor->NewThread(ThreadRoutine, this, true, threadName.c_str(), text_);
+  char threadName[64];
+  std::snprintf(threadName, sizeof(threadName), "MP_TimerThread(%s)", name);
+  MP_Thread* const thread = monitor->NewThread(ThreadRoutine, this, true, threadName, text_);
   thread_ = thread;
   started_ = thread != nullptr;
   if (thread != nullptr) thread->Start();
@@ -80,6 +85,7 @@ void MP_TimerCore::DeliverFired() {
   delivering_.swap(fired_);
   for (MP_TimerInfo& info : delivering_) Deliver(&info);
   delivering_.clear();
+  if (delivering_.capacity() > kKeptFirings) delivering_.shrink_to_fit();
 }
 
 void MP_TimerCore::Deliver(MP_TimerInfo* info) {
@@ -138,11 +144,10 @@ bool MP_TimerCore::Fire(MP_TimerRecord* record) {
   return true;
 }
 
-// An interval that the slack would swallow is kept to the millisecond, so that the timer does
-// not fire in every pass, one pass after the other.
+// An interval is kept to the millisecond: what comes early by the slack each time would come
+// too often, and if the slack is all of it, in every pass.
 void MP_TimerCore::Rearm(MP_TimerRecord* record, std::uint64_t now) {
-  const bool exact = record->ms <= MP_TimerDue::kSlack;
-  Arm(record, MP_TimerDue(now + std::max<std::uint32_t>(record->ms, 1), exact));
+  Arm(record, MP_TimerDue(now + std::max<std::uint32_t>(record->ms, 1), true));
 }
 
 void MP_TimerCore::Arm(MP_TimerRecord* record, MP_TimerDue due) {
@@ -161,32 +166,38 @@ void MP_TimerCore::Free(MP_TimerRecord* record) {
 
 // --- Operations -----------------------------------------------------------------------
 
-std::uint32_t MP_TimerCore::Set(std::uint32_t count, const MP_TimerInfo& timer) {
+// A free record with a new number; null if there are too many or memory ran out.
+MP_TimerRecord* MP_TimerCore::TakeRecord() {
+  if (records_.HasFree()) return records_.Take();
+  due_.reserve(static_cast<std::size_t>(records_.groupCount() + 1) * records_.kGroupSize);
+  if (!records_.AddGroup()) return nullptr;
+  MP_TimerRecord* const record = records_.Take();
+  kernel_debug::Tell(0, 0, messages::kTimerGroupMade, records_.groupCount());
+  return record;
+}
+
+std::uint32_t MP_TimerCore::Set(std::uint32_t count, const MP_TimerInfo& timer, const char* data) {
   if (count == 0) return 0;
   const MP_ShieldedGuard guard(&lock_);
+  MP_TimerRecord* record = nullptr;
   try {
-    if (!records_.HasFree()) {
-      due_.reserve(static_cast<std::size_t>(records_.groupCount() + 1) * records_.kGroupSize);
-      if (!records_.AddGroup()) throw std::bad_alloc();
-      kernel_debug::Tell(0, 0, messages::kTimerGroupMade, records_.groupCount());
-    }
-    MP_TimerRecord* const record = records_.Take();
-    const std::uint32_t id = record->id;
-    try {
+    record = TakeRecord();
+    if (record != nullptr) {
+      const std::uint32_t id = record->id;
       static_cast<MP_TimerInfo&>(*record) = timer;
       record->id = id;
       record->repeat = count;
+      record->hasData = data != nullptr;
+      if (data != nullptr) record->data = data;
       Arm(record, MP_TimerDue(Now(kArmStep) + timer.ms, false));
-    } catch (const std::bad_alloc&) {
-      Free(record);
-      throw;
+      return id;
     }
-    return id;
   } catch (const std::bad_alloc&) {
-    Kalvo_KernelDebugLog(kernel_debug::kError, messages::kTimerNoResource, timer.ms, timer.owner,
-                         timer.attr, timer.seq, timer.hasData ? timer.data.c_str() : "NULL");
-    return 0;
+    if (record != nullptr) Free(record);
   }
+  Kalvo_KernelDebugLog(kernel_debug::kError, messages::kTimerNoResource, timer.ms, timer.owner,
+                       timer.attr, timer.seq, data != nullptr ? data : "NULL");
+  return 0;
 }
 
 // The record of a timer; null, with a line about it, if there is none of that number.

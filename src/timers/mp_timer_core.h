@@ -29,12 +29,16 @@ class MP_TimerCore {
   // Makes the thread, or another one if the process was forked from one that has it.
   void EnsureRunning(const char* name);
 
+  // For a fork: nobody else uses the timers between the two.
+  void Hold() { lock_.Lock(); }
+  void Release() { lock_.Unlock(); }
+
   // Ends it for good. Whatever has fired and was not delivered is dropped.
   void StopThread();
 
-  // `timer` is what is told of it; its number, its count and its place are chosen here. The
-  // number, or 0 if there are too many timers.
-  std::uint32_t Set(std::uint32_t count, const MP_TimerInfo& timer);
+  // `timer` is what is told of it but for the text, `data`, which may be null. Its number, or 0
+  // if there are too many timers or memory ran out.
+  std::uint32_t Set(std::uint32_t count, const MP_TimerInfo& timer, const char* data);
   void Clear(std::uint32_t id);
   std::uint32_t Reset(std::uint32_t id, std::uint32_t ms);
   std::uint32_t Watch(std::uint32_t id, bool stop);
@@ -55,6 +59,7 @@ class MP_TimerCore {
   void Disarm(const MP_TimerRecord* record) {
     lists_.Disarm(record->list, record->due, record->place);
   }
+  MP_TimerRecord* TakeRecord();
   bool Fire(MP_TimerRecord* record);
   void Rearm(MP_TimerRecord* record, std::uint64_t now);
   void Free(MP_TimerRecord* record);
@@ -76,8 +81,9 @@ class MP_TimerCore {
 
   std::atomic<MP_Thread*> thread_{nullptr};
   std::atomic<bool> started_{false};
-  platform::Event* wake_;  // cuts the thread's sleep short
-  char text_[kTextSize];   // the firing that is being delivered, for reports about the thread
+  std::atomic<std::uint32_t> forks_{0};  // when it was started
+  platform::Event* wake_;                // cuts the thread's sleep short
+  char text_[kTextSize];  // the firing that is being delivered, for reports about the thread
 };
 
 #endif  // KALVOBASE_SRC_TIMERS_MP_TIMER_CORE_H_

@@ -24,7 +24,7 @@ class MP_TimerDue {
   std::uint64_t time() const { return bits_ >> 1; }
   bool FiresAt(std::uint64_t now) const { return time() <= now + ((bits_ & 1) != 0 ? 0 : kSlack); }
 
-  bool operator<(MP_TimerDue other) const { return bits_ < other.bits_; }
+  bool operator<(MP_TimerDue other) const { return time() < other.time(); }
 
  private:
   std::uint64_t bits_ = 0;

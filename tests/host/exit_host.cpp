@@ -33,6 +33,18 @@ unsigned long Work(void* thread) {
   return 0;
 }
 
+// Uses what the library takes down.
+unsigned long Use(void* thread) {
+  static Kalvo_Log& log = *new Kalvo_Log;
+  Kalvo_Timer timer;
+  Kalvo_Thread* const self = *static_cast<Kalvo_Thread**>(thread);
+  while (self->Running()) {
+    log.Trace(1, "nothing passes");
+    timer.ClearTimer(timer.SetTimer(1000, 0, 0, 0, nullptr));
+  }
+  return 0;
+}
+
 unsigned long Spin(void*) {
   for (;;) {
     asm volatile("");
@@ -61,6 +73,15 @@ int main(int argc, char** argv) {
   if (std::strcmp(how, "thread") == 0) {
     new Kalvo_Thread(Leave, nullptr, 1, "leave", nullptr, 0);
     for (;;) pause();
+  }
+  if (std::strcmp(how, "busy") == 0) {
+    static Kalvo_Thread* threads[3];
+    for (Kalvo_Thread*& thread : threads) {
+      thread = new Kalvo_Thread(Use, &thread, 0, "use", nullptr, 0);
+      thread->Resume();
+    }
+    Kalvo_Thread_Sleep(50);
+    return 0;
   }
   if (std::strcmp(how, "living") == 0) {
     static Kalvo_Thread* threads[4];

@@ -23,6 +23,7 @@ struct Kept {
 };
 Kept<Kalvo_Thread> worker;
 Kept<Kalvo_Thread> parked;
+Kept<Kalvo_Thread> alone;
 Kept<Kalvo_Log> log;
 Kept<Ticker> ticker;
 
@@ -31,11 +32,19 @@ unsigned long Work(void*) {
   return 0;
 }
 
+// Destroys its own object and goes on.
+unsigned long GoOn(void* self) {
+  static_cast<Kalvo_Thread*>(self)->~Kalvo_Thread();
+  Kalvo_Thread_Sleep(30);
+  return 0;
+}
+
 }  // namespace
 
 extern "C" void StartEverything(const char* directory) {
   new (worker.memory) Kalvo_Thread(Work, nullptr, 1, "worker", nullptr, 0);
   new (parked.memory) Kalvo_Thread(Work, nullptr, 0, "parked", nullptr, 0);
+  new (alone.memory) Kalvo_Thread(GoOn, alone.memory, 1, "alone", nullptr, 0);
   new (log.memory) Kalvo_Log(1);
   log.object()->SetMainDir(directory);
   log.object()->Init("load", 1);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdarg>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "logging/mp_log.h"
 #include "monitor/mp_kobj_manager.h"
 #include "platform/clock.h"
+#include "platform/file.h"
 #include "support/channel.h"
 #include "support/folder.h"
 #include "support/log_tree.h"
@@ -67,12 +69,20 @@ TEST(Monitor, ReportsThreadsThatGiveNoSignOfLife) {
   monitor.DeleteThread(nullptr);
 }
 
+void Print(MP_Log* log, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  log->Print(1, format, args);
+  va_end(args);
+}
+
 TEST(Monitor, StopsAndClosesWhatIsLeft) {
   const support::Folder folder;
   std::atomic<bool> ended{false};
   struct Worker {
     std::atomic<bool>* ended;
     std::atomic<MP_Thread*> thread{nullptr};
+    std::atomic<bool> begun{false};
   } worker{&ended};
   {
     MP_KObjManager monitor;
@@ -80,6 +90,7 @@ TEST(Monitor, StopsAndClosesWhatIsLeft) {
     worker.thread = monitor.NewThread(
         [](void* context) {
           Worker* const self = static_cast<Worker*>(context);
+          self->begun = true;
           while (self->thread == nullptr || self->thread.load()->Running() != 0) usleep(1000);
           *self->ended = true;
           return 0ul;
@@ -89,10 +100,14 @@ TEST(Monitor, StopsAndClosesWhatIsLeft) {
     MP_Log* const log = monitor.NewLog();
     log->SetMainDirectory(folder.Path().c_str());
     log->Init("app", 1);
+    Print(log, "flushed");
     log->Write("not flushed");
-    usleep(20000);
+    while (!worker.begun) usleep(1000);
   }
   EXPECT_TRUE(ended);
+  const auto files = support::LogFiles(folder.Path());
+  ASSERT_EQ(files.size(), 1u);
+  EXPECT_EQ(files.begin()->second.substr(31), "flushed\n" + std::string(31, ' ') + "not flushed\n");
 }
 
 // A log's tree on a volume of 16 MiB, which is always short of room.
@@ -128,6 +143,19 @@ class Reclaim : public testing::Test {
   std::size_t Count(const std::string& directory) const {
     return support::Names(Main() + "/" + directory).size();
   }
+  // Lets time pass until what is made now is younger than that directory. Some systems count
+  // in steps of several milliseconds.
+  void OutliveBirthOf(const std::string& directory) const {
+    platform::FileStatus old;
+    platform::FileStatus now;
+    ASSERT_TRUE(platform::file_status(Main() + "/" + directory, &old));
+    do {
+      usleep(1000);
+      fs::create_directory(folder_.Path("probe"));
+      ASSERT_TRUE(platform::file_status(folder_.Path("probe"), &now));
+      fs::remove(folder_.Path("probe"));
+    } while (now.created == old.created && now.createdNanoseconds == old.createdNanoseconds);
+  }
   bool Exists(const std::string& path) const { return fs::exists(Main() + "/" + path); }
 
   // One pass, and the paths that it tells as deleted.
@@ -156,6 +184,7 @@ using Paths = std::vector<std::string>;
 
 TEST_F(Reclaim, TakesTheOldestDayFirst) {
   Fill("logfiles-2024/05/2024-05-09", 3);
+  OutliveBirthOf("logfiles-2024/05/2024-05-09");
   Fill("logfiles-2024/05/2024-05-02", 3);  // made later, so it is not the oldest
   Fill("logfiles-2025/01/2025-01-01", 3);
   EXPECT_EQ(Pass(), Paths{"logfiles-2024/05/2024-05-09"});

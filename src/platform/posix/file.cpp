@@ -96,11 +96,12 @@ std::string resolve_links(const std::string& path) {
   return resolved != nullptr ? resolved.get() : std::string();
 }
 
-bool volume_space(const std::string& path, std::uint64_t* total, std::uint64_t* free) {
+bool volume_space(const std::string& path, VolumeSpace* space) {
   struct statvfs volume;
   if (statvfs(path.c_str(), &volume) != 0) return false;
-  *total = std::uint64_t{volume.f_blocks} * volume.f_frsize;
-  *free = std::uint64_t{volume.f_bfree} * volume.f_frsize;
+  space->total = std::uint64_t{volume.f_blocks} * volume.f_frsize;
+  space->free = std::uint64_t{volume.f_bfree} * volume.f_frsize;
+  space->available = std::uint64_t{volume.f_bavail} * volume.f_frsize;
   return true;
 }
 

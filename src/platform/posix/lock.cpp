@@ -56,6 +56,13 @@ void lock_enter(Lock* lock) {
   lock->owner.store(self, std::memory_order_relaxed);
 }
 
+void lock_take_over(Lock* lock) {
+  if (lock == nullptr || lock->owner == thread_number()) return;
+  lock->depth = 0;
+  lock->owner = 0;
+  lock->state = kFree;
+}
+
 void lock_leave(Lock* lock) {
   if (lock == nullptr) return;
   if (lock->owner.load(std::memory_order_relaxed) != thread_number()) return;

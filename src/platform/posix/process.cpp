@@ -1,11 +1,18 @@
 #include "platform/process.h"
 
+#include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 
 namespace platform {
+namespace {
+
+std::atomic<std::uint32_t> forks{0};
+
+}  // namespace
 
 std::string executable_path() {
   std::string path(256, '\0');
@@ -30,6 +37,15 @@ std::string executable_path() {
 }
 
 std::uint32_t process_id() { return static_cast<std::uint32_t>(getpid()); }
+
+std::uint32_t fork_count() { return forks.load(std::memory_order_relaxed); }
+
+// The C library forgets these when the library is unloaded.
+void watch_forks(void (*before)(), void (*after)(), void (*inChild)()) {
+  static const int counting = pthread_atfork(nullptr, nullptr, [] { ++forks; });
+  static_cast<void>(counting);
+  pthread_atfork(before, after, inChild);
+}
 
 const char* environment_variable(const char* name) { return std::getenv(name); }
 

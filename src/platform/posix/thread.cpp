@@ -150,7 +150,8 @@ void FreeDetached() {
   Thread* next;
   for (Thread* thread = all.first; thread != nullptr; thread = next) {
     next = thread->next;
-    if (!thread->detached || thread->finishing) continue;
+    // The calling thread may have ended as far as this is concerned, and destroy its last objects.
+    if (!thread->detached || thread->finishing || thread == current) continue;
     if (!thread->foreign && !thread->control.HasEnded()) continue;
     Forget(thread);
     delete thread;
@@ -170,13 +171,9 @@ Thread* thread_create(void (*body)(void*), void* context, const char* name) {
   {
     const RegisterGuard guard;
     Prepare();
+    if (pthread_create(&thread->handle, nullptr, Run, thread.get()) != 0) return nullptr;
     thread->next = all.first;
     all.first = thread.get();
-  }
-  if (pthread_create(&thread->handle, nullptr, Run, thread.get()) != 0) {
-    const RegisterGuard guard;
-    Forget(thread.get());
-    return nullptr;
   }
   while (thread->id == 0) futex_wait(&thread->id, 0, nullptr, FutexScope::kProcess);
   return thread.release();
@@ -189,7 +186,7 @@ void thread_close(Thread* thread) {
     const RegisterGuard guard;
     if (gone) {
       Forget(thread);
-    } else {
+    } else if (!thread->finishing) {
       pthread_detach(thread->handle);
       thread->detached = true;
       ++all.detached;
@@ -217,14 +214,14 @@ void* thread_native_handle(Thread* thread) {
 }
 
 int thread_priority(const Thread* thread) {
-  if (thread == nullptr || thread->control.HasEnded()) return kPriorityUnknown;
+  if (thread == nullptr || thread->foreign || thread->control.HasEnded()) return kPriorityUnknown;
   errno = 0;
   const int priority = getpriority(PRIO_PROCESS, thread->id);
   return errno == 0 ? priority : kPriorityUnknown;
 }
 
 bool thread_set_priority(Thread* thread, int priority) {
-  return thread != nullptr && !thread->control.HasEnded() &&
+  return thread != nullptr && !thread->foreign && !thread->control.HasEnded() &&
          setpriority(PRIO_PROCESS, thread->id, priority) == 0;
 }
 

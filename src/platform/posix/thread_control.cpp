@@ -8,6 +8,7 @@
 
 #include <climits>
 
+#include "platform/clock.h"
 #include "platform/posix/deadline.h"
 #include "platform/posix/futex.h"
 #include "platform/posix/sanitizer.h"
@@ -42,6 +43,14 @@ std::uint32_t ThreadControl::Next(std::uint32_t order, std::uint32_t kind) {
   return ((((order >> 1) + 1) & kCount) << 1) | kind;
 }
 
+// The system refuses a signal when too many are on their way already.
+void ThreadControl::Send(pthread_t thread) {
+  for (std::uint32_t ms = 0; ms < kReactionMs; ++ms) {
+    if (pthread_kill(thread, Signal()) != EAGAIN) return;
+    sleep_ms(1);
+  }
+}
+
 void ThreadControl::Begin() {
   current = this;
   sigset_t own;
@@ -68,16 +77,16 @@ bool ThreadControl::Suspend(pthread_t thread) {
   if ((seen & kKind) != kRun || seen == kKill || HasEnded()) return false;
   std::uint32_t order = Next(seen, kSuspend);
   if (!order_.compare_exchange_strong(seen, order)) return false;
-  pthread_kill(thread, Signal());
+  Send(thread);
   if (AwaitAnswer(order, kReactionMs) && !HasEnded()) return true;
-  order_.compare_exchange_strong(order, Next(order, kRun));
+  Resume();
   return false;
 }
 
 void ThreadControl::SuspendSelf() {
   std::uint32_t seen = order_;
   if (seen == kKill || !order_.compare_exchange_strong(seen, Next(seen, kSuspend))) return;
-  pthread_kill(pthread_self(), Signal());
+  Send(pthread_self());
 }
 
 bool ThreadControl::Resume() {
@@ -89,10 +98,9 @@ bool ThreadControl::Resume() {
 }
 
 bool ThreadControl::Kill(pthread_t thread) {
-  if (order_.exchange(kKill) != kKill) {
-    futex_wake(&order_, INT_MAX, FutexScope::kProcess);  // if it was held
-    pthread_kill(thread, Signal());
-  }
+  order_ = kKill;
+  futex_wake(&order_, INT_MAX, FutexScope::kProcess);  // if it was held
+  if (!HasEnded()) Send(thread);
   return AwaitAnswer(kEnded, kReactionMs);
 }
 

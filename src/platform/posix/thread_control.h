@@ -69,6 +69,7 @@ class ThreadControl {
     return order == kKill || ((order & kKind) == kSuspend && answer_ != order);
   }
   static std::uint32_t Next(std::uint32_t order, std::uint32_t kind);
+  static void Send(pthread_t thread);
   static void OnSignal(int);
   void Obey();
   bool AwaitAnswer(std::uint32_t order, std::uint32_t ms);
