@@ -407,6 +407,7 @@ TEST(Thread, IsSuspendedAndResumedByTwoThreads) {
   }
 }
 
+#if !defined(KALVOBASE_SANITIZED)
 // One waits for the end while another kills, when the thread is about to end by itself.
 TEST(Thread, IsKilledAtItsEnd) {
   std::atomic<bool> end{false};
@@ -427,6 +428,7 @@ TEST(Thread, IsKilledAtItsEnd) {
     ASSERT_EQ(thread->IsValid(), 0);
   }
 }
+#endif
 
 TEST(Thread, LeavesNothingBehind) {
 #if defined(KALVOBASE_SANITIZED)
