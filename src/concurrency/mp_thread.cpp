@@ -195,6 +195,14 @@ int MP_Thread::GetExitCode(unsigned long& code) const {
   return 1;
 }
 
+int MP_Thread::GetPriority() const {
+  return state_ != kInvalid ? platform::thread_priority(thread_) : platform::kPriorityUnknown;
+}
+
+int MP_Thread::SetPriority(int priority) {
+  return state_ != kInvalid && platform::thread_set_priority(thread_, priority) ? 0 : 1;
+}
+
 const char* MP_Thread::StateText() const {
   switch (state_) {
     case kInvalid:

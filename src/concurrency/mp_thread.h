@@ -51,8 +51,8 @@ class MP_Thread {
 
   std::uint32_t id() const { return platform::thread_id(thread_); }
   void* handle() const { return platform::thread_native_handle(thread_); }
-  int GetPriority() const { return platform::thread_priority(thread_); }
-  int SetPriority(int priority) { return platform::thread_set_priority(thread_, priority) ? 0 : 1; }
+  int GetPriority() const;
+  int SetPriority(int priority);
 
   // Whether the thread will never end by itself: it was killed, or belongs to the process that
   // this one was forked from.
