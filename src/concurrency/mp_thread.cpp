@@ -56,6 +56,7 @@ void MP_Thread::Destroy(MP_Thread* thread) {
   if (thread->IsCurrent()) {
     thread->destroyMark_ = true;
     thread->running_ = false;
+    platform::thread_disown(thread->thread_);
     return;
   }
   thread->WaitFor(kStopMs);

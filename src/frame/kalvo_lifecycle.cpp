@@ -89,4 +89,5 @@ extern "C" void klbase_fini(void) {
   for (const ProcessObjectEntry* object = kStartOrder.end(); object != kStartOrder.begin();) {
     (--object)->free();
   }
+  platform::threads_finish(kFinishMs);
 }

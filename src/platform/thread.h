@@ -70,8 +70,11 @@ class ThreadShield {
 // goes on.
 bool call_guarded(const std::function<void()>& call);
 
-// Ends all threads that are left but the calling one, which get `ms` milliseconds in all to
-// end by themselves, and undoes what the first thread_create prepared.
+// Tells that only the thread itself will close it.
+void thread_disown(Thread* thread);
+
+// Ends all disowned threads but the calling one, which get `ms` milliseconds in all to end by
+// themselves. If no thread is left then, undoes what the first thread_create prepared.
 void threads_finish(std::uint32_t ms);
 
 }  // namespace platform

@@ -4,6 +4,8 @@
 #include <kalvobase/kalvobase.h>
 #include <unistd.h>
 
+#include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -22,8 +24,10 @@ class Leaver : public Kalvo_Timer {
   const bool stay_;
 };
 
-void LeaveFromCallback(int, const char* format, va_list) {
-  if (std::strstr(format, "runing") != nullptr) std::exit(0);
+void LeaveFromCallback(int, const char* format, va_list args) {
+  char line[200];
+  std::vsnprintf(line, sizeof(line), format, args);
+  if (std::strstr(line, "(spin) runing") != nullptr) std::exit(0);
 }
 
 unsigned long Leave(void*) { std::exit(0); }

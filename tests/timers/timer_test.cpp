@@ -301,9 +301,9 @@ TEST(Timer, MayDoAnythingToTimersMeanwhile) {
   EXPECT_EQ(channel.Logged("-4097 <error> OnTimer Fatal ERROR!!!").size(), 2u);
 }
 
-// Whoever does not clear its timers is called while it is being destroyed, of which the thread
-// sanitizer warns; not after that.
-#if !defined(__SANITIZE_THREAD__)
+// Whoever does not clear its timers is called while it is being destroyed, of which the
+// sanitizers warn; not after that.
+#if !defined(KALVOBASE_SANITIZED)
 class Bare : public Kalvo_Timer {
  public:
   explicit Bare(std::atomic<bool>* gone) : gone_(gone) {}

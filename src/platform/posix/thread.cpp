@@ -35,6 +35,7 @@ struct Thread {
   jmp_buf end;    // where thread_exit goes to
   bool inBody = false;
   bool foreign = false;    // stayed behind when the process was forked
+  bool disowned = false;   // nobody else will close it
   bool detached = false;   // closed by itself, not freed yet
   bool finishing = false;  // threads_finish waits for it
   Thread* next = nullptr;  // of all threads that are not freed yet
@@ -139,8 +140,10 @@ void Forget(Thread* thread) {
   if (thread->detached) --all.detached;
 }
 
-Thread* FirstOther() {
-  return all.first != current || all.first == nullptr ? all.first : all.first->next;
+Thread* FirstDisowned() {
+  Thread* thread = all.first;
+  while (thread != nullptr && (!thread->disowned || thread == current)) thread = thread->next;
+  return thread;
 }
 
 // Frees what is left of threads that closed themselves and have ended since.
@@ -188,6 +191,7 @@ void thread_close(Thread* thread) {
       Forget(thread);
     } else if (!thread->finishing) {
       pthread_detach(thread->handle);
+      thread->disowned = true;
       thread->detached = true;
       ++all.detached;
     }
@@ -267,12 +271,18 @@ bool call_guarded(const std::function<void()>& call) {
   }
 }
 
+void thread_disown(Thread* thread) {
+  if (thread == nullptr) return;
+  const RegisterGuard guard;
+  thread->disowned = true;
+}
+
 void threads_finish(std::uint32_t ms) {
   const std::uint32_t start = tick_count();
   bool resting = false;
   std::unique_lock<std::mutex> guard(all.lock);
   Thread* thread;
-  while ((thread = FirstOther()) != nullptr) {
+  while ((thread = FirstDisowned()) != nullptr) {
     thread->finishing = true;
     resting = resting || thread->detached;
     guard.unlock();
