@@ -44,19 +44,19 @@ std::atomic<bool> started{false};
 // A fork finds nothing half done. The locks are taken in the order in which they nest.
 void BeforeFork() {
   Kalvo_TimerManager::HoldTimers();
-  Kalvo_KObjManager::Hold();
+  Kalvo_KObjManager::HoldRegistry();
   MP_KernelDebug::Hold();
 }
 
 void AfterFork() {
   MP_KernelDebug::Release();
-  Kalvo_KObjManager::Release();
+  Kalvo_KObjManager::ReleaseRegistry();
   Kalvo_TimerManager::ReleaseTimers();
 }
 
 void InForkedChild() {
   MP_KernelDebug::Release();
-  Kalvo_KObjManager::Release();
+  Kalvo_KObjManager::ReleaseRegistry();
   Kalvo_TimerManager::GoOnInChild();
 }
 

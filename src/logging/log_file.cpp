@@ -20,15 +20,10 @@ std::string WithoutDirectory(const std::string& path) {
   return path.substr(path.find_last_of("/\\") + 1);
 }
 
-// Where the program lies.
-std::string ProgramDirectory() {
-  Kalvo_String directory;
-  return Kalvo_GetExePath(&directory);
-}
-
 // The path of something in the directory of the program.
 std::string BesideProgram(const std::string& name) {
-  const std::string directory = ProgramDirectory();
+  Kalvo_String path;
+  const std::string directory = Kalvo_GetExePath(&path);
   return (directory.empty() ? "." : directory) + "/" + name;
 }
 
@@ -150,7 +145,6 @@ void LogFile::MendLine() {
   const int descriptor = writer_.descriptor();
   if (platform::file_seek(descriptor, -1, SEEK_END) >= 0 &&
       platform::file_read(descriptor, &last, 1) == 1 && last != '\n') {
-    writer_.PutByte('\n');
-    Count(1);
+    Count(writer_.WriteBlock("\n", 1));
   }
 }

@@ -9,12 +9,6 @@
 
 #include "files/mp_stream_writer.h"
 
-// Line feeds do not empty its buffer, so that a record goes out in one piece.
-class LogWriter : public MP_StreamWriter {
- public:
-  int LineHook() override { return 1; }
-};
-
 // One thread at a time.
 class LogFile {
  public:
@@ -41,7 +35,7 @@ class LogFile {
 
   bool IsOpen() const { return writer_.descriptor() >= 0; }
 
-  LogWriter* writer() { return &writer_; }
+  MP_StreamWriter* writer() { return &writer_; }
 
   // Counts what the writer says that was put into it.
   void Count(int put) {
@@ -75,7 +69,7 @@ class LogFile {
   std::string mainDirectory_;
   std::string dayDirectory_;
   std::string fileName_;  // without the directory
-  LogWriter writer_;
+  MP_StreamWriter writer_;
   Date date_;  // of the day directory
   std::int64_t byteCount_ = 0;
   std::int64_t sizeLimit_ = 0x200000;

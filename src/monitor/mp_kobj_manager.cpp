@@ -79,7 +79,7 @@ class MP_KObjManager::LogNode : public Node {
 MP_KObjManager::MP_KObjManager() : stop_(platform::event_create()) { MakeThread(); }
 
 MP_KObjManager::~MP_KObjManager() {
-  Stop();
+  StopThreads();
   registry_.RemoveAll();
   platform::event_destroy(stop_);
 }
@@ -117,7 +117,7 @@ void MP_KObjManager::ForEachLog(Action action) {
   }
 }
 
-void MP_KObjManager::Stop() {
+void MP_KObjManager::StopThreads() {
   if (MP_Thread* thread = thread_.exchange(nullptr)) {
     thread->NotifyQuit();
     platform::event_set(stop_);

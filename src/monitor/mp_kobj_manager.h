@@ -32,11 +32,15 @@ class MP_KObjManager {
   void Release();
 
   // Ends the thread for good, and all threads of the registry.
-  void Stop();
+  void StopThreads();
 
+  // The thread stands at its start gate; who asked for it starts it. Null if memory ran out.
   MP_Thread* NewThread(MP_Thread::Routine routine, void* context, bool run, const char* name,
                        const char* stackText);
+
+  // Stops and frees what NewThread gave. Nothing happens to a null one, nor to one that is gone.
   void DeleteThread(MP_Thread* thread);
+
   MP_Log* NewLog();
   void DeleteLog(MP_Log* log);
 

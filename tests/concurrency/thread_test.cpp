@@ -328,24 +328,55 @@ TEST(Thread, IsKilledWithoutALockOfTheLibrary) {
 }
 #endif
 
+// What a thread does when its thread-local objects are destroyed.
+struct AtEnd {
+  std::function<void()> what;
+  ~AtEnd() {
+    if (what) what();
+  }
+};
+thread_local AtEnd atEnd;
+
 TEST(Thread, EndsWhereverItSaysSo) {
-  static Kalvo_Thread* self = nullptr;
-  struct Last {
-    bool used = false;
-    ~Last() {
-      if (used) self->Exit(5);
-    }
-  };
-  static thread_local Last last;
-  Function body = [] {
-    last.used = true;
+  Kalvo_Thread* self = nullptr;
+  std::atomic<bool> wentOn{false};
+  std::atomic<bool> wasThere{false};
+  Function body = [&] {
+    atEnd.what = [&] {
+      wasThere = true;
+      self->Exit(5);
+      wentOn = true;
+    };
     return 4ul;
   };
-  const auto thread = Start(&body, 0);
-  self = thread.get();
+  {
+    const auto thread = Start(&body, 0);
+    self = thread.get();
+    Release(self);
+    WaitUntil([&] { return wasThere.load(); });
+  }
+  EXPECT_FALSE(wentOn);
+}
+
+TEST(Thread, MakesAnotherWhenItHasClosedItself) {
+  Kalvo_Thread* self = nullptr;
+  std::atomic<unsigned long> code{0};
+  Function inner = [] { return 6ul; };
+  Function body = [&] {
+    atEnd.what = [&] {
+      const auto thread = Start(&inner);
+      thread->WaitFor(10000);
+      unsigned long result = 99;
+      thread->GetExitCode(result);
+      code = result;
+    };
+    delete self;
+    return 0ul;
+  };
+  self = Start(&body, 0).release();
   Release(self);
-  thread->WaitFor(10000);
-  EXPECT_EQ(thread->IsValid(), 0);
+  WaitUntil([&] { return code != 0; });
+  EXPECT_EQ(code, 6ul);
 }
 
 TEST(Thread, HandsNothingOfAKilledThreadToTheNext) {

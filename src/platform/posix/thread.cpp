@@ -21,7 +21,7 @@
 #include "platform/posix/futex.h"
 #include "platform/posix/sanitizer.h"
 #include "platform/posix/thread_control.h"
-#include "platform/wait_result.h"
+#include "platform/process.h"
 
 namespace platform {
 
@@ -94,7 +94,10 @@ void* Run(void* argument) {
     Thread* const self;
     ~Ending() {
       self->inBody = false;
-      self->control.End();
+      // Once it has ended, anybody frees one that has closed itself. The host's thread-local
+      // objects, which are destroyed after that, find a thread that is none of the library's.
+      if (self->detached) current = nullptr;
+      self->control.End(self->detached);
     }
   };
   const Ending ending{self};
@@ -106,15 +109,13 @@ void* Run(void* argument) {
 // Waits until the system has done with the thread and what it kept for it is free.
 bool Join(Thread* thread, std::uint32_t ms) {
   if (thread->detached) return thread->control.AwaitEnd(ms);
-  const timespec deadline = deadline_after(ms);
 #if KALVOBASE_THREAD_SANITIZER
   // It takes a killed thread for a running one. As long as that is not joined, no other gets
   // its handle.
   if (thread->control.WasKilled()) return true;
-  if (!thread->control.AwaitEnd(ms)) return false;
-  static_cast<void>(deadline);
-  return pthread_join(thread->handle, nullptr) == 0;
+  return thread->control.AwaitEnd(ms) && pthread_join(thread->handle, nullptr) == 0;
 #else
+  const timespec deadline = deadline_after(ms);
   return pthread_clockjoin_np(thread->handle, nullptr, CLOCK_MONOTONIC, &deadline) == 0;
 #endif
 }
@@ -128,9 +129,8 @@ bool JoinOrKill(Thread* thread, std::uint32_t ms) {
 // These expect the register to be locked.
 void Prepare() {
   if (all.prepared) return;
-  // The C library forgets these when the library is unloaded.
-  static const int watching = pthread_atfork(HoldRegister, ReleaseRegister, GoOnInChild);
-  all.prepared = ThreadControl::InstallHandler() && watching == 0;
+  static const bool watching = (watch_forks(HoldRegister, ReleaseRegister, GoOnInChild), true);
+  all.prepared = ThreadControl::InstallHandler() && watching;
 }
 
 void Forget(Thread* thread) {
@@ -153,8 +153,7 @@ void FreeDetached() {
   Thread* next;
   for (Thread* thread = all.first; thread != nullptr; thread = next) {
     next = thread->next;
-    // The calling thread may have ended as far as this is concerned, and destroy its last objects.
-    if (!thread->detached || thread->finishing || thread == current) continue;
+    if (!thread->detached || thread->finishing) continue;
     if (!thread->foreign && !thread->control.HasEnded()) continue;
     Forget(thread);
     delete thread;
@@ -187,11 +186,10 @@ void thread_close(Thread* thread) {
   const bool gone = thread != current && JoinOrKill(thread, kEndMs);
   {
     const RegisterGuard guard;
-    if (gone) {
-      Forget(thread);
-    } else if (!thread->finishing) {
+    if (gone) Forget(thread);
+    thread->disowned = true;  // if not even a kill has ended it, threads_finish tries once more
+    if (thread == current && !thread->finishing) {
       pthread_detach(thread->handle);
-      thread->disowned = true;
       thread->detached = true;
       ++all.detached;
     }
@@ -247,11 +245,11 @@ void thread_kill(Thread* thread) {
 }
 
 ThreadShield::ThreadShield() {
-  if (ThreadControl* control = ThreadControl::Current()) control->Shield();
+  if (current != nullptr) current->control.Shield();
 }
 
 ThreadShield::~ThreadShield() {
-  if (ThreadControl* control = ThreadControl::Current()) control->Unshield();
+  if (current != nullptr) current->control.Unshield();
 }
 
 void thread_exit() {

@@ -6,8 +6,6 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <climits>
-
 #include "platform/clock.h"
 #include "platform/posix/deadline.h"
 #include "platform/posix/futex.h"
@@ -59,12 +57,11 @@ void ThreadControl::Begin() {
   pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
 }
 
-void ThreadControl::End() {
+void ThreadControl::End(bool last) {
+  if (last) current = nullptr;
   shields_.store(0, std::memory_order_relaxed);
   Answer(kEnded);
 }
-
-ThreadControl* ThreadControl::Current() { return current; }
 
 void ThreadControl::Unshield() {
   shields_.store(Shields() - 1, std::memory_order_relaxed);

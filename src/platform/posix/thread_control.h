@@ -23,8 +23,8 @@ class ThreadControl {
   void Begin();
 
   // For the thread itself, when its body has ended: it can no longer be held. It can still be
-  // ended.
-  void End();
+  // ended, unless this is the `last` use of the control.
+  void End(bool last);
 
   bool HasEnded() const { return answer_ == kEnded; }
   bool AwaitEnd(std::uint32_t ms) { return AwaitAnswer(kEnded, ms); }
@@ -36,9 +36,6 @@ class ThreadControl {
 
   // For the thread itself: ends it there and then.
   [[noreturn]] void EndHere();
-
-  // That of the calling thread; null in threads that the library did not make.
-  static ThreadControl* Current();
 
   // These two are for other threads and return when the thread stands still, or has ended.
   // False if it does not react.
@@ -75,10 +72,9 @@ class ThreadControl {
   bool AwaitAnswer(std::uint32_t order, std::uint32_t ms);
   void Answer(std::uint32_t order);
 
-  // Only the thread and the handler that interrupts it look at it.
   int Shields() const { return shields_.load(std::memory_order_relaxed); }
-  std::atomic<int> shields_{0};
 
+  std::atomic<int> shields_{0};  // of the thread and the handler that interrupts it alone
   std::atomic<std::uint32_t> order_{kRun};
   std::atomic<std::uint32_t> answer_{kRun};  // the last order to stand still that was obeyed
 };
