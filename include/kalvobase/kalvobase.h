@@ -8,6 +8,7 @@
 #include "kalvobase/exception.h"
 #include "kalvobase/file.h"
 #include "kalvobase/fsm.h"
+#include "kalvobase/handler.h"
 #include "kalvobase/ini.h"
 #include "kalvobase/kernel_debug.h"
 #include "kalvobase/lifecycle.h"

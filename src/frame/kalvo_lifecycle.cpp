@@ -7,6 +7,8 @@
 #include "frame/mp_kernel_debug.h"
 #include "kalvobase/lifecycle.h"
 #include "monitor/kalvo_kobj_manager.h"
+#include "net/mp_null_handler.h"
+#include "net/socket_managers.h"
 #include "platform/clock.h"
 #include "platform/process.h"
 #include "platform/thread.h"
@@ -33,16 +35,19 @@ struct ProcessObjectEntry {
   void (*free)();
 };
 constexpr std::initializer_list<ProcessObjectEntry> kStartOrder = {
+    {MP_NullHandler::Make, Nothing, MP_NullHandler::Free},
     {MakeChannel, Nothing, MP_KernelDebug::Free},
     {Kalvo_KObjManager::Make, Kalvo_KObjManager::Stop, Kalvo_KObjManager::Free},
     {Nothing, StopCallbacks, Nothing},
     {Kalvo_TimerManager::Make, Kalvo_TimerManager::Stop, Kalvo_TimerManager::Free},
+    {socket_managers::Make, socket_managers::Stop, socket_managers::Free},
 };
 
 std::atomic<bool> started{false};
 
 // A fork finds nothing half done. The locks are taken in the order in which they nest.
 void BeforeFork() {
+  socket_managers::Hold();
   Kalvo_TimerManager::HoldTimers();
   Kalvo_KObjManager::HoldRegistry();
   MP_KernelDebug::Hold();
@@ -52,12 +57,14 @@ void AfterFork() {
   MP_KernelDebug::Release();
   Kalvo_KObjManager::ReleaseRegistry();
   Kalvo_TimerManager::ReleaseTimers();
+  socket_managers::Release();
 }
 
 void InForkedChild() {
   MP_KernelDebug::Release();
   Kalvo_KObjManager::ReleaseRegistry();
   Kalvo_TimerManager::GoOnInChild();
+  socket_managers::GoOnInChild();
 }
 
 void WatchForks() {

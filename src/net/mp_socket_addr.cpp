@@ -1,10 +1,10 @@
 #include "net/mp_socket_addr.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 #include "platform/socket.h"
+#include "text/number_text.h"
 
 namespace {
 
@@ -21,8 +21,10 @@ void PutPort(char* address, std::uint16_t port) {
 
 MP_SocketAddr& MP_SocketAddr::operator=(const MP_SocketAddr& other) {
   if (this == &other) return *this;
-  Reset();
-  if (other.empty()) return *this;
+  if (other.empty()) {
+    Reset();
+    return *this;
+  }
   Take(other.block_.get(), other.blockSize_);
   record_.ai_family = other.record_.ai_family;
   record_.ai_addrlen = other.record_.ai_addrlen;
@@ -46,15 +48,25 @@ void MP_SocketAddr::Resolve(const char* host, int port) {
   Take(address, length);
 }
 
-// The block has room for any address, whatever was given.
+// The block has room for any address, whatever was given. A block that is there already is used
+// again; what is given may lie in it.
 void MP_SocketAddr::Take(const void* address, int length) {
   const int given = address != nullptr ? std::max(length, 0) : 0;
   const int size = std::max(given, platform::kAddressRoom);
-  std::unique_ptr<char[]> block(new char[static_cast<std::size_t>(size)]());
-  if (given > 0) std::memcpy(block.get(), address, static_cast<std::size_t>(given));
-  Reset();
-  block_ = std::move(block);
-  blockSize_ = size;
+  const auto bytes = static_cast<std::size_t>(given);
+  if (blockSize_ == size) {
+    if (given > 0) std::memmove(block_.get(), address, bytes);
+    std::memset(block_.get() + given, 0, static_cast<std::size_t>(size) - bytes);
+    port_ = 0;
+    text_[0] = '\0';
+  } else {
+    std::unique_ptr<char[]> block(new char[static_cast<std::size_t>(size)]());
+    if (given > 0) std::memcpy(block.get(), address, bytes);
+    Reset();
+    block_ = std::move(block);
+    blockSize_ = size;
+  }
+  record_ = {};
   record_.ai_addr = reinterpret_cast<sockaddr*>(block_.get());
   TakeFamily();
   record_.ai_addrlen = static_cast<socklen_t>(given);
@@ -88,8 +100,14 @@ void MP_SocketAddr::ReInit() {
   const auto at = [this](int i) { return static_cast<unsigned>(block_[i] & 0xFF); };
   port_ = static_cast<int>(at(kPortAt) << 8 | at(kPortAt + 1));
   if (family() != platform::kInternet) return;
-  std::snprintf(text_, sizeof(text_), "%u.%u.%u.%u", at(kInternetAt), at(kInternetAt + 1),
-                at(kInternetAt + 2), at(kInternetAt + 3));
+  char* end = text_;
+  for (int i = 0; i < 4; ++i) {
+    char digits[text::kMaxIntegerDigits];
+    char* const digitsEnd = digits + sizeof(digits);
+    if (i > 0) *end++ = '.';
+    end = std::copy(text::DecimalDigits(at(kInternetAt + i), digitsEnd), digitsEnd, end);
+  }
+  *end = '\0';
 }
 
 void MP_SocketAddr::SetPort(int port) {
@@ -101,6 +119,12 @@ void MP_SocketAddr::SetPort(int port) {
 int MP_SocketAddr::length() const {
   return static_cast<int>(
       std::min<std::size_t>(record_.ai_addrlen, static_cast<std::size_t>(blockSize_)));
+}
+
+const char* MP_SocketAddr::internetBytes() const {
+  if (empty() || family() != platform::kInternet) return nullptr;
+  const char* const bytes = block_.get() + kInternetAt;
+  return std::any_of(bytes, bytes + 4, [](char c) { return c != 0; }) ? bytes : nullptr;
 }
 
 bool MP_SocketAddr::IsSameHost(const char* host) {

@@ -30,9 +30,12 @@ class MP_SocketAddr {
 
   // For the system's calls. None of these may be used on an empty address.
   int family() const { return record_.ai_family; }
-  char* bytes() { return block_.get(); }
+  char* bytes() const { return block_.get(); }
   int room() const { return blockSize_; }
   int length() const;
+
+  // The four bytes of an IPv4 host; null if this is none, or stands for all.
+  const char* internetBytes() const;
 
   // Somebody wrote an address of `length` bytes, of whatever family; 0 if none.
   void Written(int length);

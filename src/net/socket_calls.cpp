@@ -37,11 +37,17 @@ int Open(MP_SocketAddr* address, platform::SocketType type, bool bindIt) {
   if (socket < 0 || !bindIt) return socket;
   if (type == platform::SocketType::kStream) platform::socket_set_reuse(socket, 1);
   if (platform::socket_bind(socket, address->bytes(), address->length()) == 0) return socket;
-  platform::socket_close(socket);
+  CloseKeepingError(socket);
   return -1;
 }
 
 int Close(int socket) { return socket < 0 ? socket : platform::socket_close(socket); }
+
+void CloseKeepingError(int socket) {
+  const int error = platform::socket_error();
+  platform::socket_close(socket);
+  platform::set_socket_error(error);
+}
 
 int Connect(MP_SocketAddr* address, int socket) {
   if (!Usable(address)) return -1;
@@ -49,7 +55,7 @@ int Connect(MP_SocketAddr* address, int socket) {
   if (own) socket = Open(address, platform::SocketType::kStream, false);
   if (socket < 0) return -1;
   if (platform::socket_connect(socket, address->bytes(), address->length()) == 0) return socket;
-  if (own) platform::socket_close(socket);
+  if (own) CloseKeepingError(socket);
   return -1;
 }
 
@@ -113,6 +119,12 @@ bool TakePeer(int socket, MP_SocketAddr* address) {
 
 bool TakeName(int socket, MP_SocketAddr* address) {
   return TakeAddress(platform::socket_name, socket, address);
+}
+
+void TakeOwnAddress(int socket, MP_SocketAddr* address) {
+  char name[platform::kAddressRoom];
+  int length = sizeof(name);
+  if (platform::socket_name(socket, name, &length) == 0) address->Take(name, length);
 }
 
 // Connecting a datagram socket sends nothing, but the system chooses the way.

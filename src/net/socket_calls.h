@@ -12,6 +12,10 @@ namespace net {
 
 int Open(MP_SocketAddr* address, platform::SocketType type, bool bindIt);
 int Close(int socket);
+
+// For one that is of no use: the error of the call that failed stays.
+void CloseKeepingError(int socket);
+
 int Connect(MP_SocketAddr* address, int socket);
 
 // For a non-blocking socket: 1 if it is connected, 0 if it is on its way, -1 on failure.
@@ -26,6 +30,9 @@ int ReceiveFrom(int socket, MP_String* into, MP_SocketAddr* from);
 // Writes the address of the other side, or the own, into one that is not empty.
 bool TakePeer(int socket, MP_SocketAddr* address);
 bool TakeName(int socket, MP_SocketAddr* address);
+
+// The own address into one that may be empty, which stays as it is on failure.
+void TakeOwnAddress(int socket, MP_SocketAddr* address);
 
 // Stores the address that packets to `to` leave from.
 bool FindRoute(MP_SocketAddr* to, MP_SocketAddr* local);

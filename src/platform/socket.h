@@ -20,11 +20,15 @@ void sockets_start();
 // The numbers that hosts see are those of Winsock on every system.
 constexpr int kSocketWouldBlock = 10035;
 constexpr int kSocketInvalid = 10022;
+constexpr int kSocketMessageSize = 10040;
+constexpr int kSocketConnectionAborted = 10053;
 constexpr int kSocketIsConnected = 10056;
+constexpr int kSocketNotConnected = 10057;
 
 // The number of the last failure of a socket call in the calling thread, and setting it.
 int socket_error();
 void set_socket_error(int code);
+void clear_socket_error();
 
 // --- Addresses ------------------------------------------------------------------------
 
@@ -58,6 +62,12 @@ int socket_bind(int socket, const void* address, int length);
 // Waits until a blocking socket is connected, whatever signals arrive.
 int socket_connect(int socket, const void* address, int length);
 
+int socket_listen(int socket);
+
+// What has become of a connect on a non-blocking socket, as the number that hosts see: 0 once it
+// stands.
+int socket_connect_error(int socket);
+
 // Ends the connection both ways, also for threads that wait on it.
 void socket_shutdown(int socket);
 
@@ -70,16 +80,38 @@ int socket_set_broadcast(int socket, int on);
 int socket_set_no_delay(int socket, int on);
 int socket_set_blocking(int socket, bool blocking);
 
+// Has the system ask a silent other side after `idle` seconds, and every `interval` seconds from
+// then on. What a listener accepts inherits it, as it does reuse and no delay.
+int socket_set_keep_alive(int socket, int idle, int interval);
+
+// Multicast: a datagram socket gets what is sent to the group, and sends to it by the interface
+// that has the address `own`; null leaves the choice to the system.
+int socket_join_group(int socket, const char* group, const char* own);
+int socket_leave_group(int socket, const char* group, const char* own);
+
 // The number of bytes, 0 for a stream that has ended, kTransferWouldBlock or
 // kTransferFailed.
 std::int64_t socket_receive(int socket, char* buffer, std::size_t size);
 
+// How many bytes a stream holds; 0 if it has ended, kTransferWouldBlock if there are none yet,
+// kTransferFailed. Does not wait.
+std::int64_t socket_pending(int socket);
+
+// The same without waiting, also on a blocking socket.
+std::int64_t socket_receive_now(int socket, char* buffer, std::size_t size);
+
 // The same for what may be datagrams: one that is larger than `size` fails, with its first
 // bytes received. With a `size` of 0 it does not wait.
 std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size);
+
+// One datagram and where it came from. One that is larger than `size` fails in the same way.
 std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
                                  int* length);
 std::int64_t socket_send(int socket, const void* data, std::size_t size);
+
+// What goes out at once, also on a blocking socket.
+std::int64_t socket_send_now(int socket, const void* data, std::size_t size);
+
 std::int64_t socket_send_to(int socket, const void* data, std::size_t size, const void* address,
                             int length);
 

@@ -2,7 +2,6 @@
 
 #include <arpa/inet.h>
 #include <errno.h>
-#include <fcntl.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -12,11 +11,15 @@
 #include <unistd.h>
 
 #include "platform/descriptor.h"
+#include "platform/posix/new_descriptor.h"
 #include "platform/posix/transfer.h"
 #include "platform/wait_result.h"
 
 namespace platform {
 namespace {
+
+constexpr int kLongestBacklog = 0x7FFFFFFF;  // the system has a limit of its own
+constexpr int kKeepAliveProbes = 10;
 
 int SetOption(int socket, int level, int option, int value) {
   return setsockopt(socket, level, option, &value, sizeof(value));
@@ -51,6 +54,31 @@ int FinishConnect(int socket) {
   return -1;
 }
 
+ip_mreq Membership(const char* group, const char* own) {
+  ip_mreq membership = {};
+  memcpy(&membership.imr_multiaddr, group, sizeof(membership.imr_multiaddr));
+  if (own != nullptr) memcpy(&membership.imr_interface, own, sizeof(membership.imr_interface));
+  return membership;
+}
+
+// A datagram that is cut off fails.
+std::int64_t ReceiveMessage(int socket, char* buffer, std::size_t size, int flags, void* address,
+                            int* length) {
+  iovec piece = {buffer, size};
+  msghdr message = {};
+  message.msg_iov = &piece;
+  message.msg_iovlen = 1;
+  message.msg_name = address;
+  message.msg_namelen = length != nullptr ? static_cast<socklen_t>(*length) : 0;
+  const std::int64_t n =
+      transfer([socket, &message, flags] { return recvmsg(socket, &message, flags); });
+  if (n < 0) return n;
+  if (length != nullptr) *length = static_cast<int>(message.msg_namelen);
+  if ((message.msg_flags & MSG_TRUNC) == 0) return n;
+  errno = EMSGSIZE;
+  return kTransferFailed;
+}
+
 int NameOf(int (*call)(int, sockaddr*, socklen_t*), int socket, void* address, int* length) {
   socklen_t size = static_cast<socklen_t>(*length);
   const int result = call(socket, static_cast<sockaddr*>(address), &size);
@@ -78,10 +106,7 @@ void parse_internet_address(const char* text, char* bytes) {
 int socket_open(int family, SocketType type) {
   const int systemType = type == SocketType::kStream ? SOCK_STREAM : SOCK_DGRAM;
   const int made = socket(family, systemType | SOCK_CLOEXEC, 0);
-  if (made < 0 || made > STDERR_FILENO) return made;
-  const int moved = fcntl(made, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  close(made);
-  return moved;
+  return made < 0 ? made : above_standard_streams(made);
 }
 
 int socket_close(int socket) { return close(socket); }
@@ -101,6 +126,17 @@ int socket_connect(int socket, const void* address, int length) {
     if (errno != ENOTCONN) return -1;
     // On a local socket the signal ended the attempt.
   }
+}
+
+int socket_listen(int socket) { return listen(socket, kLongestBacklog); }
+
+int socket_connect_error(int socket) {
+  int error = 0;
+  socklen_t size = sizeof(error);
+  if (getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) != 0) return socket_error();
+  if (error == 0) return 0;
+  errno = error;
+  return socket_error();
 }
 
 void socket_shutdown(int socket) { shutdown(socket, SHUT_RDWR); }
@@ -128,35 +164,62 @@ int socket_set_blocking(int socket, bool blocking) {
   return ioctl(socket, FIONBIO, &nonBlocking);
 }
 
+int socket_set_keep_alive(int socket, int idle, int interval) {
+  if (SetOption(socket, SOL_SOCKET, SO_KEEPALIVE, 1) != 0 ||
+      SetOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, idle) != 0 ||
+      SetOption(socket, IPPROTO_TCP, TCP_KEEPINTVL, interval) != 0) {
+    return -1;
+  }
+  return SetOption(socket, IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
+}
+
+int socket_join_group(int socket, const char* group, const char* own) {
+  const ip_mreq membership = Membership(group, own);
+  if (own != nullptr && setsockopt(socket, IPPROTO_IP, IP_MULTICAST_IF, &membership.imr_interface,
+                                   sizeof(membership.imr_interface)) != 0) {
+    return -1;
+  }
+  return setsockopt(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof(membership));
+}
+
+int socket_leave_group(int socket, const char* group, const char* own) {
+  const ip_mreq membership = Membership(group, own);
+  return setsockopt(socket, IPPROTO_IP, IP_DROP_MEMBERSHIP, &membership, sizeof(membership));
+}
+
+// Urgent data that lies ahead hides what is behind it from the first question.
+std::int64_t socket_pending(int socket) {
+  int count = 0;
+  if (ioctl(socket, FIONREAD, &count) == 0 && count > 0) return count;
+  char room[256];
+  return transfer([=, &room] { return recv(socket, room, sizeof(room), MSG_PEEK | MSG_DONTWAIT); });
+}
+
 std::int64_t socket_receive(int socket, char* buffer, std::size_t size) {
   return transfer([=] { return recv(socket, buffer, size, 0); });
 }
 
+std::int64_t socket_receive_now(int socket, char* buffer, std::size_t size) {
+  return transfer([=] { return recv(socket, buffer, size, MSG_DONTWAIT); });
+}
+
 std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size) {
-  iovec piece = {buffer, size};
-  msghdr message = {};
-  message.msg_iov = &piece;
-  message.msg_iovlen = 1;
-  const std::int64_t n = transfer(
-      [socket, &message, size] { return recvmsg(socket, &message, size == 0 ? MSG_DONTWAIT : 0); });
-  if (n == kTransferWouldBlock && size == 0) return 0;
-  if (n < 0 || (message.msg_flags & MSG_TRUNC) == 0) return n;
-  errno = EMSGSIZE;
-  return kTransferFailed;
+  const std::int64_t n =
+      ReceiveMessage(socket, buffer, size, size == 0 ? MSG_DONTWAIT : 0, nullptr, nullptr);
+  return n == kTransferWouldBlock && size == 0 ? 0 : n;
 }
 
 std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
                                  int* length) {
-  socklen_t room = static_cast<socklen_t>(*length);
-  const std::int64_t n = transfer([=, &room] {
-    return recvfrom(socket, buffer, size, 0, static_cast<sockaddr*>(address), &room);
-  });
-  if (n >= 0) *length = static_cast<int>(room);
-  return n;
+  return ReceiveMessage(socket, buffer, size, 0, address, length);
 }
 
 std::int64_t socket_send(int socket, const void* data, std::size_t size) {
   return transfer([=] { return send(socket, data, size, MSG_NOSIGNAL); });
+}
+
+std::int64_t socket_send_now(int socket, const void* data, std::size_t size) {
+  return transfer([=] { return send(socket, data, size, MSG_NOSIGNAL | MSG_DONTWAIT); });
 }
 
 std::int64_t socket_send_to(int socket, const void* data, std::size_t size, const void* address,

@@ -54,6 +54,8 @@ int socket_error() {
   return number;
 }
 
+void clear_socket_error() { errno = 0; }
+
 void set_socket_error(int code) {
   if (IsSystemNumber(code)) {
     errno = code + kBeyond;

@@ -1,0 +1,68 @@
+// MP_SocketManager: the engine behind the handlers. One port, one thread that drains it and makes
+// nearly all calls, one that connects.
+
+#ifndef KALVOBASE_SRC_NET_MP_SOCKET_MANAGER_H_
+#define KALVOBASE_SRC_NET_MP_SOCKET_MANAGER_H_
+
+#include <atomic>
+#include <memory>
+
+#include "kalvobase/handler.h"
+#include "kalvobase/thread.h"
+#include "net/mp_tcp_acceptor.h"
+#include "net/mp_tcp_connector.h"
+#include "net/mp_tcp_transfer.h"
+#include "net/mp_udp_receiver.h"
+
+enum SocketManagerKind : int { MANAGER_SHARED = 1, MANAGER_SERVER = 2 };
+
+class MP_SocketManager : public Kalvo_SocketManagerHelper {
+ public:
+  MP_SocketManager();
+  MP_SocketManager(const MP_SocketManager&) = delete;
+  MP_SocketManager& operator=(const MP_SocketManager&) = delete;
+
+  // Nobody uses the manager any more.
+  ~MP_SocketManager() override;
+
+  unsigned long Connect(Kalvo_TcpClientHandler* handler) override;
+  unsigned long Listen(Kalvo_TcpServerHandler* handler) override;
+  unsigned long OpenUdp(Kalvo_UdpHandler* handler, bool broadcast) override;
+  void Close(unsigned long id) override;
+  int Send(unsigned long id, Kalvo_String*& data) override;
+  void StopThreads() override;
+  bool GetBusy() override { return busy_; }
+  void SetBusy(bool busy) override { busy_ = busy; }
+  int GetKind() override { return kind_; }
+  void SetKind(int kind) override { kind_ = kind; }
+
+  // As Send, of bytes that stay the caller's. `length` is above 0.
+  int SendBytes(unsigned long id, const char* data, int length);
+
+  // For a child of fork: from now on there are neither threads nor sockets.
+  void Abandon();
+
+ private:
+  static unsigned long SockTranferWorkThread(void* self);
+  static unsigned long SockConnectWorkThread(void* self);
+
+  void Dispatch(const platform::Completion& completion);
+  bool IsOf(const MP_SocketItem* item, const platform::Completion& completion) const;
+  void Handle(MP_SocketItem* item, const platform::Completion& completion);
+
+  platform::CompletionPort* const port_;
+  MP_ConnectQueue connectQueue_;
+  MP_SocketPool pool_;
+  MP_TcpCore core_;
+  MP_TcpConnector connector_;
+  MP_TcpAcceptor acceptor_;
+  MP_TcpTransfer transfer_;
+  MP_UdpReceiver udp_;
+  std::unique_ptr<Kalvo_Thread> transferThread_;
+  std::unique_ptr<Kalvo_Thread> connectThread_;
+  bool stopped_ = false;
+  std::atomic<bool> busy_{false};
+  std::atomic<int> kind_{MANAGER_SHARED};
+};
+
+#endif  // KALVOBASE_SRC_NET_MP_SOCKET_MANAGER_H_

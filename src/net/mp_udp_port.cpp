@@ -1,0 +1,56 @@
+#include "net/mp_udp_port.h"
+
+#include "net/socket_calls.h"
+#include "net/socket_managers.h"
+#include "platform/socket.h"
+#include "text/mp_string.h"
+
+MP_UdpPort::MP_UdpPort() : manager_(socket_managers::GetManager(MANAGER_SHARED)) {}
+
+unsigned long MP_UdpPort::Open(Kalvo_UdpHandler* handler, const char* host, int port,
+                               bool broadcast) {
+  if (id_ != 0 || manager_ == nullptr) return 0;
+  localAddr.Init(host, port);
+  bound_ = host != nullptr || port != 0;
+  id_ = static_cast<std::uint32_t>(manager_->OpenUdp(handler, broadcast));
+  return id_;
+}
+
+void MP_UdpPort::Close() {
+  if (id_ == 0) return;
+  socket = -1;
+  inGroup_ = false;
+  manager_->Close(id_);
+  id_ = 0;
+}
+
+int MP_UdpPort::SendData(Kalvo_SocketAddr* to, const char* data, int length) {
+  if (id_ == 0) return -1;
+  return net::SendTo(socket, to != nullptr ? &MP_SocketAddr::Of(*to) : nullptr, data, length);
+}
+
+int MP_UdpPort::Print(Kalvo_SocketAddr* to, const char* format, va_list args) {
+  if (id_ == 0) return -1;
+  Kalvo_String text;
+  text.vsprintf(format, args);
+  const MP_String& bytes = MP_String::Of(text);
+  return SendData(to, bytes.Content(), bytes.Length());
+}
+
+void MP_UdpPort::EnableBroadcast(int on) {
+  if (id_ != 0) platform::socket_set_broadcast(socket, on);
+}
+
+void MP_UdpPort::AddGroup(const char* address) {
+  inGroup_ = false;
+  if (address == nullptr) return;
+  platform::parse_internet_address(address, group_);
+  inGroup_ = platform::socket_join_group(socket, group_,
+                                         MP_SocketAddr::Of(localAddr).internetBytes()) == 0;
+}
+
+void MP_UdpPort::LeaveGroup() {
+  if (!inGroup_) return;
+  platform::socket_leave_group(socket, group_, MP_SocketAddr::Of(localAddr).internetBytes());
+  inGroup_ = false;
+}

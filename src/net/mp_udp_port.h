@@ -1,0 +1,46 @@
+// MP_UdpPort: what is behind a Kalvo_UdpHandler. Sending is its own, receiving the engine's.
+
+#ifndef KALVOBASE_SRC_NET_MP_UDP_PORT_H_
+#define KALVOBASE_SRC_NET_MP_UDP_PORT_H_
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdint>
+
+#include "kalvobase/handler.h"
+
+class MP_UdpPort {
+ public:
+  static MP_UdpPort& Of(Kalvo_UdpHandler& handler) { return *handler.impl_; }
+
+  MP_UdpPort();
+  MP_UdpPort(const MP_UdpPort&) = delete;
+  MP_UdpPort& operator=(const MP_UdpPort&) = delete;
+  ~MP_UdpPort() { Close(); }
+
+  unsigned long Open(Kalvo_UdpHandler* handler, const char* host, int port, bool broadcast);
+  void Close();
+  int SendData(Kalvo_SocketAddr* to, const char* data, int length);
+  int Print(Kalvo_SocketAddr* to, const char* format, va_list args);
+  void EnableBroadcast(int on);
+  void AddGroup(const char* address);
+  void LeaveGroup();
+
+  // Whether the port has an address of its own from the start.
+  bool isBound() const { return bound_; }
+
+  Kalvo_SocketAddr localAddr;
+  std::atomic<int> socket{-1};  // the engine's, which closes it
+
+ private:
+  std::uint32_t id_ = 0;
+  bool bound_ = false;
+  Kalvo_SocketManagerHelper* const manager_;  // null if memory ran out
+
+  // The group that was joined last, as an IPv4 address. A port that is bound to one interface is
+  // in it there.
+  bool inGroup_ = false;
+  char group_[4] = {};
+};
+
+#endif  // KALVOBASE_SRC_NET_MP_UDP_PORT_H_
