@@ -50,6 +50,7 @@ class MP_SocketItem : public Kalvo_QueueObject {
   void DropInput() {
     readBufferCount = 0;
     leftBehind.reset();
+    holdsMore = false;
     receivesMuch = false;
   }
 
@@ -85,6 +86,9 @@ class MP_SocketItem : public Kalvo_QueueObject {
   std::unique_ptr<char[]> leftBehind;  // null: none
   int leftBehindAt = 0;
   int leftBehindCount = 0;
+
+  // The socket held more than was taken.
+  bool holdsMore = false;
 
   // Much came the last time: more than it pays to receive before the handler has room for it.
   bool receivesMuch = false;

@@ -163,7 +163,7 @@ void MP_TcpTransfer::doReadTcp(MP_SocketItem* item, bool ending) {
     if (available > MP_SocketItem::kReadBufferSize) {
       Violated(item, "<error> data error! buffer size over!!");
     } else if (Decline(item, &arrived)) {
-      core_->ResetReadOp(item, false);
+      core_->ResetReadOp(item, item->holdsMore);
     }
     return;
   }
@@ -184,7 +184,9 @@ void MP_TcpTransfer::doReadTcp(MP_SocketItem* item, bool ending) {
     return;
   }
   LeaveBehind(item, arrived);
-  if (DispatchData(item, buffer, size)) core_->ResetReadOp(item, arrived.any());
+  if (DispatchData(item, buffer, size)) {
+    core_->ResetReadOp(item, item->holdsMore || item->leftBehind != nullptr);
+  }
 }
 
 // How much has arrived that the handler has not declined yet; as socket_pending if nothing has.
@@ -194,6 +196,7 @@ std::int64_t MP_TcpTransfer::Look(MP_SocketItem* item, Arrived* arrived) {
     arrived->receivedCount = item->leftBehindCount;
     return item->leftBehindCount;
   }
+  item->holdsMore = false;
   if (!item->receivesMuch) {
     const std::int64_t n =
         platform::socket_receive_now(item->socket, receivedAhead_, sizeof(receivedAhead_));
@@ -204,8 +207,10 @@ std::int64_t MP_TcpTransfer::Look(MP_SocketItem* item, Arrived* arrived) {
   }
   const std::int64_t waiting = platform::socket_pending(item->socket);
   if (waiting > 0) arrived->waitingCount = static_cast<long>(waiting);
-  item->receivesMuch = arrived->receivedCount + arrived->waitingCount >= kReceiveAhead;
-  return arrived->any() ? arrived->receivedCount + arrived->waitingCount : waiting;
+  const long count = arrived->receivedCount + arrived->waitingCount;
+  item->receivesMuch = count >= kReceiveAhead;
+  item->holdsMore = arrived->waitingCount > 0;
+  return count > 0 ? count : waiting;
 }
 
 // Puts everything behind what the handler has declined before, which has room for it.
@@ -243,7 +248,8 @@ bool MP_TcpTransfer::Take(MP_SocketItem* item, Arrived* arrived, char* buffer, l
     }
     buffer += n;
     size -= static_cast<long>(n);
-    arrived->waitingCount = std::max(0L, arrived->waitingCount - static_cast<long>(n));
+    arrived->waitingCount -= static_cast<long>(n);
+    if (arrived->waitingCount <= 0) item->holdsMore = false;
   }
   return true;
 }

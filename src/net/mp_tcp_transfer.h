@@ -39,8 +39,6 @@ class MP_TcpTransfer {
     const char* received = nullptr;
     long receivedCount = 0;
     long waitingCount = 0;
-
-    bool any() const { return receivedCount + waitingCount > 0; }
   };
 
   // So much is received before the handler is asked where to put it, which saves asking the system

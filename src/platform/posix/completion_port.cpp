@@ -417,7 +417,7 @@ bool port_read(CompletionPort* port, PortTag tag, bool more) {
   }
   entry->readWaits = !(more || entry->readable || entry->ended);
   if (entry->readWaits) return true;
-  entry->readable = false;
+  if (!more) entry->readable = false;  // else what was reported may not be what is read next
   const bool mustWake = port->AddDue({PortOperation::kRead, 0, nullptr, tag});
   guard.unlock();
   if (mustWake) port->Wake();

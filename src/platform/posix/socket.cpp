@@ -179,6 +179,8 @@ int socket_join_group(int socket, const char* group, const char* own) {
                                    sizeof(membership.imr_interface)) != 0) {
     return -1;
   }
+  // By default it would get what is sent to the groups of all others, too.
+  if (SetOption(socket, IPPROTO_IP, IP_MULTICAST_ALL, 0) != 0) return -1;
   return setsockopt(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof(membership));
 }
 

@@ -1,0 +1,183 @@
+// UDP ports.
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include "support/channel.h"
+#include "support/handlers.h"
+
+namespace {
+
+using support::Channel;
+using Words = std::vector<std::string>;
+
+class Port : public Kalvo_UdpHandler {
+ public:
+  ~Port() override { Close(); }
+
+  void* AllocBufferForRead(long& size) override {
+    ++asked;
+    if (onAlloc) onAlloc(size);
+    return noBuffer ? nullptr : buffer_;
+  }
+  int OnDataOk(void* data, long length, Kalvo_SocketAddr* from, Kalvo_SocketAddr* local) override {
+    error = length < 0 ? Kalvo_SOCK_GetLastError() : 0;
+    const std::string text(static_cast<char*>(data), length < 0 ? 4 : static_cast<size_t>(length));
+    lastFrom = from->GetPort();
+    EXPECT_EQ(local, GetLocalAddr());
+    events.Add(std::to_string(length) + " " + text);
+    return onData ? onData() : 0;
+  }
+  int port() { return GetLocalAddr()->GetPort(); }
+
+  std::atomic<int> asked{0};
+  std::atomic<int> lastFrom{0};
+  std::atomic<int> error{0};
+  std::atomic<bool> noBuffer{false};
+  support::Events events;
+  std::function<void(long&)> onAlloc;
+  std::function<int()> onData;
+
+ private:
+  char buffer_[65536];
+};
+
+struct Ports {
+  Ports() {
+    EXPECT_NE(receiver.Open("127.0.0.1", 0), 0u);
+    EXPECT_NE(sender.Open(nullptr, 0), 0u);
+    to.Init("127.0.0.1", receiver.port());
+  }
+  int Send(const std::string& text) {
+    return sender.SendData(&to, text.data(), static_cast<int>(text.size()));
+  }
+
+  Port receiver;
+  Port sender;
+  Kalvo_SocketAddr to;
+};
+
+TEST(Udp, GoesBothWays) {
+  Port closed;
+  Kalvo_SocketAddr nobody;
+  EXPECT_EQ(closed.SendData(&nobody, "a", 1), -1);
+  closed.ExitBroadcastGroup("239.1.2.3");
+  closed.AddBroadcastGroup("239.1.2.3", 1);
+  closed.EnableBroadcast(1);
+
+  Ports ports;
+  EXPECT_EQ(ports.receiver.Open("127.0.0.1", 0), 0u);
+  EXPECT_EQ(ports.sender.port(), 0);
+  EXPECT_GT(ports.receiver.port(), 0);
+  EXPECT_EQ(ports.sender.SendData(&nobody, "a", 1), -1);
+  EXPECT_EQ(ports.sender.Printf(&ports.to, "%05d", 42), 5);
+  ASSERT_TRUE(ports.receiver.events.WaitForCount(1));
+  Kalvo_SocketAddr back;
+  back.Init("127.0.0.1", ports.receiver.lastFrom);
+  EXPECT_EQ(ports.receiver.SendData(&back, "back", 4), 4);
+  ASSERT_TRUE(ports.sender.events.WaitForCount(1));
+  EXPECT_EQ(ports.receiver.events.all(), Words{"5 00042"});
+  EXPECT_EQ(ports.sender.events.all(), Words{"4 back"});
+
+  // The largest, many at once, and the order.
+  EXPECT_EQ(ports.Send(std::string(65507, 'x')), 65507);
+  EXPECT_EQ(ports.Send(std::string(65508, 'x')), -1);
+  ASSERT_TRUE(ports.receiver.events.WaitForCount(2));
+  for (int i = 0; i < 50; ++i) ports.Send("n" + std::to_string(i));
+  ASSERT_TRUE(ports.receiver.events.WaitForCount(52));
+  EXPECT_EQ(ports.receiver.events.all().back(), "3 n49");
+
+  const int port = ports.receiver.port();
+  ports.receiver.Close();
+  EXPECT_NE(ports.receiver.Open("127.0.0.1", port), 0u);
+  ports.Send("again");
+  EXPECT_TRUE(ports.receiver.events.WaitForCount(53));
+}
+
+TEST(Udp, EmptyDatagramsAndThoseThatAreTooLarge) {
+  Channel channel;
+  Ports ports;
+  EXPECT_EQ(ports.Send(""), 0);
+  EXPECT_EQ(ports.Send("after"), 5);
+  ASSERT_TRUE(ports.receiver.events.WaitForCount(1));
+  EXPECT_EQ(channel.Logged("udp error"), Words{"1  udp error 0 \n"});
+  ports.receiver.onAlloc = [](long& size) { size = 4; };
+  ports.Send("abcdef");
+  ASSERT_TRUE(ports.receiver.events.WaitForCount(2));
+  EXPECT_EQ(ports.receiver.events.all(), (Words{"5 after", "-1 abcd"}));
+  EXPECT_EQ(ports.receiver.error, 10040);
+}
+
+TEST(Udp, ADatagramWaitsUntilItIsWanted) {
+  Ports ports;
+  std::atomic<bool> refuse{true};
+  ports.receiver.onAlloc = [&](long& size) {
+    if (refuse) size = 0;
+  };
+  ports.Send("one");
+  ports.Send("two");
+  while (ports.receiver.asked < 5) usleep(1000);
+  const clock_t before = clock();
+  usleep(200000);
+  EXPECT_LT(clock() - before, CLOCKS_PER_SEC / 10);
+  refuse = false;
+  ASSERT_TRUE(ports.receiver.events.WaitForCount(2));
+  EXPECT_EQ(ports.receiver.events.all(), (Words{"3 one", "3 two"}));
+}
+
+TEST(Udp, WhatHandlersDoWrong) {
+  Channel channel;
+  Ports ports;
+  ports.receiver.onData = []() -> int { throw 1; };
+  ports.Send("a");
+  ASSERT_TRUE(ports.receiver.events.WaitForCount(1));
+  ports.receiver.onData = [] { return -1; };
+  ports.Send("b");
+  ASSERT_TRUE(ports.receiver.events.WaitForCount(2));
+  ports.Send("c");  // no longer received
+  EXPECT_FALSE(ports.receiver.events.WaitForCount(3, std::chrono::milliseconds(200)));
+  EXPECT_EQ(ports.receiver.SendData(&ports.to, "d", 1), 1);
+  const std::string from = "127.0.0.1:" + std::to_string(ports.receiver.lastFrom) + "]";
+  EXPECT_EQ(channel.Logged("<error>"),
+            (Words{"1 <error> udp data process fatal error!!remote address[" + from,
+                   "1 <error> udp data error!!remote address [" + from}));
+
+  Ports dead;
+  dead.receiver.noBuffer = true;
+  dead.Send("e");
+  while (channel.Logged("no buff").empty()) usleep(1000);
+  EXPECT_FALSE(dead.receiver.events.WaitForCount(1, std::chrono::milliseconds(100)));
+  EXPECT_EQ(dead.receiver.SendData(&dead.to, "f", 1), -1);
+  EXPECT_EQ(dead.receiver.Open("127.0.0.1", 0), 0u);
+  dead.receiver.Close();
+  dead.receiver.noBuffer = false;
+  EXPECT_NE(dead.receiver.Open("127.0.0.1", 0), 0u);
+}
+
+TEST(Udp, MulticastGroups) {
+  Port first;
+  ASSERT_NE(first.OpenBroadCastPort(nullptr, 0), 0u);
+  first.Close();
+  ASSERT_NE(first.OpenBroadCastPort("0.0.0.0", 0), 0u);
+  Port second;
+  ASSERT_NE(second.OpenBroadCastPort("0.0.0.0", first.port()), 0u);
+  for (Port* port : {&first, &second}) port->AddBroadcastGroup("239.77.66.55", 0);
+  Kalvo_SocketAddr group;
+  group.Init("239.77.66.55", first.port());
+  ASSERT_GT(first.SendData(&group, "all", 3), 0);
+  ASSERT_TRUE(first.events.WaitForCount(1));
+  ASSERT_TRUE(second.events.WaitForCount(1));
+  second.ExitBroadcastGroup("239.77.66.55");
+  second.ExitBroadcastGroup("239.77.66.55");
+  ASSERT_GT(first.SendData(&group, "one", 3), 0);
+  ASSERT_TRUE(first.events.WaitForCount(2));
+  EXPECT_FALSE(second.events.WaitForCount(2, std::chrono::milliseconds(100)));
+}
+
+}  // namespace
