@@ -122,10 +122,6 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
     platform::port_accept(core_->port(), accepted.tag, id, item);
     return;
   }
-  PostAccept({item->acceptOwner, item->acceptOwnerId, accepted.tag, item->handler, item->localAddr},
-             item->acceptIndex);
-  item->acceptOwner = nullptr;
-  item->acceptIndex = -1;
 
   MP_TcpClient& client = MP_TcpClient::Of(*handler);
   client.Close();  // what it had before
@@ -136,13 +132,21 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
   }
   client.peerAddr = scratchAddr_;
   client.Adopt(manager_, id);
-  item->handler = handler;
-  item->localAddr = &client.localAddr;
+  const Listener listener{item->acceptOwner, item->acceptOwnerId, accepted.tag, item->handler,
+                          item->localAddr};
+  const int index = item->acceptIndex;
   {
     const MP_SocketItemGuard guard(item);
+    item->acceptOwner = nullptr;
+    item->acceptIndex = -1;
+    item->handler = handler;
+    item->localAddr = &client.localAddr;
     item->peerAddr = &client.peerAddr;
     item->connected = true;
   }
+  // Not before the handler has its id: who closes the listener waits for those that are in its
+  // places, and may destroy the handlers right after that.
+  PostAccept(listener, index);
   if (!core_->TakeSocket(item, accepted.socket, platform::PortSocket::kStream)) {
     core_->Disconnected(item, platform::socket_error());
     return;

@@ -58,6 +58,7 @@ void MP_TcpConnector::Finished(int slot) {
   }
   Kalvo_AutoLock guard(&item->stateLock);
   if (item->id == wait.id && item->socket == wait.socket) {
+    platform::connect_events_remove(events_, item->socket);
     platform::port_post(core_->port(), wait.id, item, item->tag);
     return;
   }

@@ -159,6 +159,7 @@ TEST(Transfer, FramesOfAnySizeInPiecesOfAnySize) {
       if (whole == static_cast<long>(size)) break;
     }
     EXPECT_TRUE(connected.client.events.WaitForBytes(static_cast<std::size_t>(whole)));
+    connected.client.Close();
     EXPECT_EQ(taken, whole);
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(connected.client.events.all(), Words{"ok 1"});

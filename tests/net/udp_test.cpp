@@ -134,10 +134,9 @@ TEST(Udp, ADatagramWaitsUntilItIsWanted) {
 TEST(Udp, WhatHandlersDoWrong) {
   Channel channel;
   Ports ports;
-  ports.receiver.onData = []() -> int { throw 1; };
+  std::atomic<int> calls{0};
+  ports.receiver.onData = [&]() -> int { return ++calls == 1 ? throw 1 : -1; };
   ports.Send("a");
-  ASSERT_TRUE(ports.receiver.events.WaitForCount(1));
-  ports.receiver.onData = [] { return -1; };
   ports.Send("b");
   ASSERT_TRUE(ports.receiver.events.WaitForCount(2));
   ports.Send("c");  // no longer received

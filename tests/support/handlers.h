@@ -116,11 +116,15 @@ class Server : public Kalvo_TcpServerHandler {
 
   int port() { return GetLocalAddr()->GetPort(); }
 
-  // The client that came at this place, when it has come.
+  // The client that came at this place, when its connection stands.
   Client* At(std::size_t place) {
     if (!accepted.WaitForCount(place + 1)) return nullptr;
-    const std::lock_guard<std::mutex> guard(lock_);
-    return clients_[place].get();
+    Client* client;
+    {
+      const std::lock_guard<std::mutex> guard(lock_);
+      client = clients_[place].get();
+    }
+    return client->events.WaitForCount(1) ? client : nullptr;
   }
   Client* first() { return At(0); }
 

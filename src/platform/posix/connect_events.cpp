@@ -28,8 +28,12 @@ bool connect_events_add(ConnectEvents* events, int socket, int slot) {
   if (events == nullptr) return false;
   epoll_event event = {};
   event.events = EPOLLOUT | EPOLLONESHOT;
-  event.data.u64 = static_cast<std::uint64_t>(slot) << 32 | static_cast<std::uint32_t>(socket);
+  event.data.u32 = static_cast<std::uint32_t>(slot);
   return epoll_ctl(events->epoll, EPOLL_CTL_ADD, socket, &event) == 0;
+}
+
+void connect_events_remove(ConnectEvents* events, int socket) {
+  if (events != nullptr) epoll_ctl(events->epoll, EPOLL_CTL_DEL, socket, nullptr);
 }
 
 int connect_events_wait(ConnectEvents* events, std::uint32_t ms) {
@@ -39,9 +43,7 @@ int connect_events_wait(ConnectEvents* events, std::uint32_t ms) {
   }
   epoll_event event;
   if (epoll_wait(events->epoll, &event, 1, static_cast<int>(ms)) < 1) return -1;
-  // If the number is another socket's by now, that one is not in this set.
-  epoll_ctl(events->epoll, EPOLL_CTL_DEL, static_cast<int>(event.data.u64 & 0xFFFFFFFF), nullptr);
-  return static_cast<int>(event.data.u64 >> 32);
+  return static_cast<int>(event.data.u32);
 }
 
 }  // namespace platform
