@@ -26,8 +26,14 @@ MP_SocketManager::~MP_SocketManager() {
   platform::port_destroy(port_);
 }
 
+void MP_SocketManager::NotifyQuit() {
+  if (transferThread_ != nullptr) transferThread_->NotifyQuit();
+  if (connectThread_ != nullptr) connectThread_->NotifyQuit();
+}
+
 void MP_SocketManager::StopThreads() {
   stopped_ = true;
+  NotifyQuit();  // so that they end at the same time
   for (std::unique_ptr<Kalvo_Thread>* thread : {&transferThread_, &connectThread_}) {
     if (*thread != nullptr) (*thread)->Stop();
     thread->reset();

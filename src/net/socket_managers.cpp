@@ -58,6 +58,7 @@ void Stop() {
     Kalvo_AutoLock guard(&registry->lock);
     managers = registry->managers;
   }
+  for (MP_SocketManager* manager : managers) manager->NotifyQuit();
   for (MP_SocketManager* manager : managers) manager->StopThreads();
 }
 

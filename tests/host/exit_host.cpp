@@ -2,12 +2,15 @@
 // library's, or with everything running. The test's time-out is what must not be needed.
 
 #include <kalvobase/kalvobase.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "ping.h"
 
 namespace {
 
@@ -49,6 +52,21 @@ unsigned long Use(void* thread) {
   return 0;
 }
 
+Pong* const pong = new Pong;
+
+// Sends through an engine that is taken down.
+unsigned long Send(void* thread) {
+  Kalvo_Thread* const self = *static_cast<Kalvo_Thread**>(thread);
+  while (self->Running()) pong->client.SendData("p", 1);
+  return 0;
+}
+
+bool Plays(Pong* game) {
+  const int before = game->client.count;
+  for (int i = 0; i < 10000 && game->client.count == before; ++i) Kalvo_Thread_Sleep(1);
+  return game->client.count != before;
+}
+
 unsigned long Spin(void*) {
   for (;;) {
     asm volatile("");
@@ -77,6 +95,39 @@ int main(int argc, char** argv) {
   if (std::strcmp(how, "thread") == 0) {
     new Kalvo_Thread(Leave, nullptr, 1, "leave", nullptr, 0);
     for (;;) pause();
+  }
+  if (std::strcmp(how, "network") == 0) {
+    pong->client.onData = [] { std::exit(0); };
+    pong->Start();
+    for (;;) pause();
+  }
+  if (std::strcmp(how, "fork") == 0) {
+    pong->Start();
+    if (!Plays(pong)) return 2;
+    const pid_t child = fork();
+    if (child == 0) {
+      // What the parent has goes on there; here everything can be made anew.
+      if (pong->client.SendData("x", 1) != 0) std::_Exit(3);
+      pong->client.Close();
+      pong->Close();
+      Pong own;
+      own.Start();
+      std::exit(Plays(&own) ? 0 : 4);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    if (status != 0) return 5;
+    return Plays(pong) && Plays(pong) ? 0 : 6;
+  }
+  if (std::strcmp(how, "sending") == 0) {
+    pong->Start();
+    static Kalvo_Thread* threads[2];
+    for (Kalvo_Thread*& thread : threads) {
+      thread = new Kalvo_Thread(Send, &thread, 0, "send", nullptr, 0);
+      thread->Resume();
+    }
+    Kalvo_Thread_Sleep(200);
+    return 0;
   }
   if (std::strcmp(how, "busy") == 0) {
     static Kalvo_Thread* threads[3];

@@ -49,10 +49,11 @@ void Load(const char* library) {
   if (dlopen(library, RTLD_NOW | RTLD_NOLOAD) != nullptr) Fail("it stays loaded");
 }
 
-void LoadPlugin(const char* plugin, const char* library, const char* directory) {
+void LoadPlugin(const char* plugin, const char* library, const char* directory, bool handlers) {
   void* const loaded = dlopen(plugin, RTLD_NOW);
   if (loaded == nullptr) Fail(dlerror());
   Find<void (*)(const char*)>(loaded, "StartEverything")(directory);
+  if (handlers) Find<void (*)()>(loaded, "StartHandlers")();
   dlclose(loaded);
   if (dlopen(library, RTLD_NOW | RTLD_NOLOAD) != nullptr) Fail("it stays loaded");
 }
@@ -81,7 +82,8 @@ int main(int argc, char** argv) {
   Holdings before = {};
   for (int i = 0; i < times + kFirst; ++i) {
     if (i == kFirst) before = Held();
-    i % 2 == 0 ? Load(argv[1]) : LoadPlugin(argv[2], argv[1], directory);
+    // Handlers take their time to connect.
+    i % 2 == 0 ? Load(argv[1]) : LoadPlugin(argv[2], argv[1], directory, i % 10 == 1);
   }
   const Holdings now = Held();
   std::printf("threads %d %d, descriptors %d %d, mappings %d %d, bytes %zu %zu\n", before.threads,

@@ -4,6 +4,8 @@
 
 #include <new>
 
+#include "ping.h"
+
 namespace {
 
 class Ticker : public Kalvo_Timer {
@@ -53,4 +55,11 @@ extern "C" void StartEverything(const char* directory) {
   new (ticker.memory) Ticker;
   ticker.object()->SetRepeatTimer(0xFFFFFFFF, 1, 0, 0, 0, "text");
   ticker.object()->SetTimer(100000, 0, 0, 0, nullptr);
+}
+
+// Handlers are the host's, so these go with it, just before the library does.
+extern "C" void StartHandlers() {
+  static Pong pong;
+  pong.Start();
+  for (int i = 0; i < 2000 && pong.client.count == 0; ++i) Kalvo_Thread_Sleep(1);
 }
