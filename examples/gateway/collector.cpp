@@ -8,10 +8,10 @@ constexpr long kPatienceMs = 100;
 
 }  // namespace
 
-Collector::Collector(Kalvo_Queue* queue, Watch* watch, Uplink* uplink, Kalvo_KValueTable* history,
-                     Kalvo_Log* log)
-    : queue_(queue),
-      watch_(watch),
+Collector::Collector(const char* name, Kalvo_Queue* queue, Uplink* uplink,
+                     Kalvo_KValueTable* history, Kalvo_Log* log)
+    : name_(name),
+      queue_(queue),
       uplink_(uplink),
       history_(history),
       log_(log),
@@ -25,15 +25,22 @@ unsigned long Collector::Work(void* self) {
     collector->Take(&static_cast<Sample*>(object)->values);
     delete object;
   }
-  collector->watch_->End();
+  collector->TellDone();
   return 0;
 }
 
 void Collector::Take(Kalvo_KValueTable* values) {
-  watch_->Look(values);
+  values->Set("agent", name_);
   const bool sent = uplink_->Send(values);
   const unsigned long number = history_->GetCount();
   *history_->InsertTable(static_cast<long>(number)) = *values;
   log_->Trace(2, "sample %lu with %lu processors%s", number,
               values->GetTable("processors")->GetCount(), sent ? ", sent" : "");
+}
+
+void Collector::TellDone() {
+  Kalvo_KValueTable table;
+  table.Set("agent", name_);
+  table.Set("done", 1);
+  uplink_->Send(&table);
 }

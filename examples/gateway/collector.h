@@ -6,14 +6,13 @@
 #include <kalvobase/kalvobase.h>
 
 #include "uplink.h"
-#include "watch.h"
 
-// Takes samples out of a queue, lets the watch look at each, sends it, and keeps it under the
-// numbers from 0 on.
+// Takes samples out of a queue, sends each under the agent's name, and keeps it under the numbers
+// from 0 on. At the end it tells the gateway that the agent is done.
 class Collector {
  public:
   // All of these must outlive the collector.
-  Collector(Kalvo_Queue* queue, Watch* watch, Uplink* uplink, Kalvo_KValueTable* history,
+  Collector(const char* name, Kalvo_Queue* queue, Uplink* uplink, Kalvo_KValueTable* history,
             Kalvo_Log* log);
 
   void Start() { thread_.Resume(); }
@@ -24,9 +23,10 @@ class Collector {
  private:
   static unsigned long Work(void* self);
   void Take(Kalvo_KValueTable* values);
+  void TellDone();
 
+  const char* name_;
   Kalvo_Queue* queue_;
-  Watch* watch_;
   Uplink* uplink_;
   Kalvo_KValueTable* history_;
   Kalvo_Log* log_;

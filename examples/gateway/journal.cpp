@@ -25,11 +25,11 @@ std::string Utf8(std::string gbk) {
 
 }  // namespace
 
-Journal::Journal(const char* directory, int level) : log_(1) {
+Journal::Journal(const char* directory, const char* name, int level) : log_(1) {
   Kalvo_String path;
   Kalvo_FileItem::GetRealPathName(directory, path);
   log_.SetMainDir(path.c_str());
-  log_.Init("agent", level);
+  log_.Init(name, level);
   current = this;
   SetKalvo_KernelDebugLogFunction(OnLine);
 }

@@ -1,4 +1,4 @@
-// The agent's log: what it does, how its metrics move, and what the library says of itself.
+// A program's log: what it does, how its metrics move, and what the library says of itself.
 
 #ifndef GATEWAY_JOURNAL_H_
 #define GATEWAY_JOURNAL_H_
@@ -8,9 +8,9 @@
 // One at a time. Any thread may write to it.
 class Journal {
  public:
-  // Writes below `directory`, from where the agent was started. Of the library's lines those of
-  // up to `level` are kept.
-  Journal(const char* directory, int level);
+  // Writes to a log of this name below `directory`, from where the program was started. Of the
+  // library's lines those of up to `level` are kept.
+  Journal(const char* directory, const char* name, int level);
   Journal(const Journal&) = delete;
   Journal& operator=(const Journal&) = delete;
   ~Journal();

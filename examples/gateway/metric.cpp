@@ -71,7 +71,7 @@ void Metric::OnSurprise(const char* event, unsigned long code, long, void*, Kalv
                         Kalvo_FSM_State* current, Kalvo_FSM_State*) {
   Kalvo_String what(event);
   if (event == nullptr) what.sprintf("code %lu", code);
-  std::printf("%s is %s no more: %s\n", name_.c_str(), current->GetStateName(), what.c_str());
+  Journal::Trace(2, "%s is %s no more: %s", name_.c_str(), current->GetStateName(), what.c_str());
 }
 
 bool BuildMachine(const Limits& limits, Kalvo_FSMService* machine) {

@@ -24,6 +24,8 @@ void LoadSettings(const char* path, Settings* settings) {
   ini.SetSectionName("agent");
   ReadPositive(&ini, "rounds", &settings->rounds);
   ReadPositive(&ini, "interval", &settings->intervalMs);
+  ini.SetSectionName("gateway");
+  ReadPositive(&ini, "beacon", &settings->beaconPort);
   ini.SetSectionName("log");
   settings->logDirectory = ini.ReadString("directory", settings->logDirectory.c_str());
   ini.Read("level", &settings->logLevel);
@@ -38,7 +40,7 @@ void LoadSettings(const char* path, Settings* settings) {
 int CountRun(const char* path) {
   Kalvo_XIni ini;
   int runs = 0;
-  if (ini.Read(path) < 0 || ini.SetSectionName("agent") == nullptr) return 0;
+  if (ini.Read(path) < 0 || ini.SetSectionName("gateway") == nullptr) return 0;
   ini.Read("runs", &runs);
   Kalvo_String* comment = ini.GetTailComment("runs");
   const Kalvo_String kept(comment != nullptr ? comment->c_str() : "");

@@ -10,6 +10,7 @@
 struct Settings {
   int rounds = 10;
   int intervalMs = 100;
+  int beaconPort = 47701;
   Kalvo_String logDirectory{"."};
   int logLevel = 3;
   Kalvo_StringArray interfaces;  // empty: all of them

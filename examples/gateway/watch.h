@@ -16,14 +16,15 @@ class Watch {
   bool Start(const Settings& settings);
 
   // Reads all metrics out of a sample. How busy a processor was is known from the second
-  // sample on.
-  void Look(Kalvo_KValueTable* sample);
+  // sample on. False if this is no sample.
+  bool Look(Kalvo_KValueTable* sample);
 
   // No samples will come any more.
   void End();
 
-  // A line for each metric.
-  void Print() const;
+  // The states of all metrics, each with the number of its changes, and the line above them.
+  Kalvo_String Line() const;
+  static Kalvo_String Heading();
 
  private:
   long BusiestProcessor(Kalvo_KValueTable* processors);
