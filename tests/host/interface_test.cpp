@@ -36,6 +36,10 @@ static_assert(IsPlainHandle<Kalvo_TcpStream>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_Thread>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_Log>(), "a handle is two pointers");
 static_assert(IsPlainHandle<Kalvo_Timer>(), "a table and a number");
+static_assert(IsPlainHandle<Kalvo_TcpClientHandler>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_TcpServerHandler>(), "a handle is two pointers");
+static_assert(IsPlainHandle<Kalvo_UdpHandler>(), "a handle is two pointers");
+static_assert(sizeof(Kalvo_SocketHandlerObj) == sizeof(void*), "a stateless base");
 static_assert(sizeof(Kalvo_KVPair) == sizeof(Kalvo_QueueObject) + 4 * sizeof(void*), "an item");
 static_assert(sizeof(Kalvo_QueueObject) == 3 * sizeof(void*), "the base of all items");
 static_assert(sizeof(Kalvo_StringArray) == sizeof(void*), "no virtual table");
@@ -82,6 +86,12 @@ constexpr void (Kalvo_FSMService::*kAny)(const char*, FSM_Handler,
 
 constexpr void (Kalvo_Log::*kTrace)(int, const char*, ...) = &Kalvo_Log::Trace;
 constexpr void (Kalvo_Log::*kTraceAt)(long, int, const char*, ...) = &Kalvo_Log::Trace;
+[[maybe_unused]] constexpr int (Kalvo_TcpClientHandler::*kSendBytes)(const char*, int) =
+    &Kalvo_TcpClientHandler::SendData;
+[[maybe_unused]] constexpr int (Kalvo_TcpClientHandler::*kSendString)(Kalvo_String*&) =
+    &Kalvo_TcpClientHandler::SendData;
+[[maybe_unused]] constexpr int (Kalvo_UdpHandler::*kUdpPrint)(Kalvo_SocketAddr*, const char*,
+                                                              va_list) = &Kalvo_UdpHandler::vPrintf;
 constexpr int (Kalvo_Thread::*kExitCode)(unsigned long&) = &Kalvo_Thread::GetExitCode;
 [[maybe_unused]] constexpr void (Kalvo_Log::*kLogList)(long, int, const char*,
                                                        va_list) = &Kalvo_Log::print;
