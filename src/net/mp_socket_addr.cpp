@@ -127,6 +127,17 @@ const char* MP_SocketAddr::internetBytes() const {
   return std::any_of(bytes, bytes + 4, [](char c) { return c != 0; }) ? bytes : nullptr;
 }
 
+bool MP_SocketAddr::isGroup() const {
+  const char* const bytes = internetBytes();
+  return bytes != nullptr && (bytes[0] & 0xF0) == 0xE0;
+}
+
+void MP_SocketAddr::Widen() {
+  if (empty() || family() != platform::kInternet) return;
+  std::memset(block_.get() + kInternetAt, 0, 4);
+  ReInit();
+}
+
 bool MP_SocketAddr::IsSameHost(const char* host) {
   if (host == nullptr || empty() || *host == '/') return false;
   MP_SocketAddr other;

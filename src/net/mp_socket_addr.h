@@ -37,6 +37,12 @@ class MP_SocketAddr {
   // The four bytes of an IPv4 host; null if this is none, or stands for all.
   const char* internetBytes() const;
 
+  // Whether this is an IPv4 multicast group.
+  bool isGroup() const;
+
+  // The same port at all addresses. Nothing happens to one that is not IPv4.
+  void Widen();
+
   // Somebody wrote an address of `length` bytes, of whatever family; 0 if none.
   void Written(int length);
 

@@ -97,7 +97,7 @@ class MP_SocketItem : public Kalvo_QueueObject {
 
   MP_SendQueue sends;
   std::uint32_t lastSendTick = 0;  // of the last write; 0 until the first
-  int sendError = 0;               // why one failed
+  int sendError = 0;               // why one failed: nothing is sent after that
 
   // --- Of accepts -------------------------------------------------------------------------
 

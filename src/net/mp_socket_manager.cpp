@@ -12,7 +12,7 @@ MP_SocketManager::MP_SocketManager()
       transfer_(&core_),
       udp_(&core_) {
   Kalvo_SOCK_Init();
-  if (port_ == nullptr) pool_.Refuse();
+  if (port_ == nullptr) return;
   transferThread_ = std::make_unique<Kalvo_Thread>(SockTranferWorkThread, this, 0,
                                                    "SockTranferWorkThread", nullptr, 0);
   connectThread_ = std::make_unique<Kalvo_Thread>(SockConnectWorkThread, this, 0,

@@ -39,6 +39,9 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   // As Send, of bytes that stay the caller's. `length` is above 0.
   int SendBytes(unsigned long id, const char* data, int length);
 
+  // False if the system has refused what it needs.
+  bool IsSound() const { return port_ != nullptr; }
+
   // Tells the threads to end, and does not wait.
   void NotifyQuit();
 

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "net/mp_null_handler.h"
+#include "net/mp_udp_port.h"
 #include "platform/socket.h"
 
 template <class Do>
@@ -28,17 +29,19 @@ MP_SocketPool::~MP_SocketPool() {
 }
 
 void MP_SocketPool::Abandon() {
-  Refuse();
   ForEach([](MP_SocketItem* item) {
-    if (item->socket >= 0) platform::socket_close(item->socket);
+    const int socket = item->socket;
+    if (socket < 0) return;
     item->socket = -1;
-    item->id = item->id & ~MP_SocketItem::kGenerationMask;
+    if (item->type == SOCK_KIND_UDP) {
+      MP_UdpPort::Of(*static_cast<Kalvo_UdpHandler*>(item->handler)).socket = -1;
+    }
+    platform::socket_close(socket);
   });
 }
 
 MP_SocketItem* MP_SocketPool::Alloc() {
   const MP_ShieldedGuard guard(&tableLock_);
-  if (refusing_) return nullptr;
   auto* item = static_cast<MP_SocketItem*>(freeItems_.RemoveItemAtHead(0));
   if (item == nullptr) item = AddItem();
   if (item == nullptr) return nullptr;
@@ -96,10 +99,11 @@ void MP_SocketPool::Free(MP_SocketItem* item) {
 void MP_SocketPool::CloseSocket(MP_SocketItem* item) {
   item->sends.Clear();
   item->sendError = 0;
-  if (item->socket < 0) return;
+  const int socket = item->socket;
+  if (socket < 0) return;
   platform::port_remove(port_, item->tag);
-  platform::socket_shutdown(item->socket);
-  platform::socket_close(item->socket);
-  item->socket = -1;
+  item->socket = -1;  // first, for a child that is forked in between
   item->tag = 0;
+  if (item->type != SOCK_KIND_UDP) platform::socket_shutdown(socket);
+  platform::socket_close(socket);
 }

@@ -24,11 +24,8 @@ class MP_SocketPool {
   // killed may still hold their locks.
   ~MP_SocketPool();
 
-  // No record is given any more.
-  void Refuse() { refusing_ = true; }
-
-  // The same, for a child of fork, whose parent goes on with the sockets: closes them without a
-  // word to the other side.
+  // For a child of fork, whose parent goes on with the sockets: closes them without a word to the
+  // other side. Nobody uses the pool after that.
   void Abandon();
 
   // A record with a new id; null if there are too many or memory ran out.
@@ -62,7 +59,6 @@ class MP_SocketPool {
   std::atomic<Block*> itemTable_[kMaxItems / kBlockSize] = {};
   int itemCount_ = 0;
   std::uint32_t generation_ = 1;
-  bool refusing_ = false;
 };
 
 #endif  // KALVOBASE_SRC_NET_MP_SOCKET_POOL_H_

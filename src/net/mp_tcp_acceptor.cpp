@@ -14,7 +14,7 @@ namespace {
 constexpr int kKeepAliveIdle = 12;  // seconds
 constexpr int kKeepAliveInterval = 5;
 
-// What is accepted inherits the options.
+// What is accepted inherits the options, but for being non-blocking.
 int OpenListener(MP_SocketAddr* address) {
   const int socket = platform::socket_open(platform::kInternet, platform::SocketType::kStream);
   if (socket < 0) return -1;
@@ -29,6 +29,8 @@ int OpenListener(MP_SocketAddr* address) {
     Kalvo_KernelDebugLog(1, "<Warning> SetKalvoSock KeepAlive Failed!");
   }
   platform::socket_set_no_delay(socket, 1);
+  // What was waiting may be gone, or taken by a child of this process, when it is accepted.
+  platform::socket_set_blocking(socket, false);
   if (address->port() == 0) net::TakeOwnAddress(socket, address);
   return socket;
 }
@@ -154,7 +156,7 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
   if (!net::CallHandler([&] { handler->OnConnectOk(item->peerAddr, 0); })) {
     Kalvo_KernelDebugLog(kError, "<error> process OnConnectOk error!!!!");
   }
-  if (item->id == id) core_->ResetReadOp(item, false);
+  if (item->id == id) core_->ResetReadOp(item, platform::PortReadAfter::kEmpty);
 }
 
 std::unique_ptr<MP_PendingAccept[]> MP_TcpAcceptor::TakeAccepts(MP_SocketItem* listener) {

@@ -8,8 +8,7 @@
 #include <cstdint>
 
 #include "kalvobase/handler.h"
-
-class MP_SocketManager;
+#include "net/engine_call.h"
 
 class MP_TcpClient {
  public:
@@ -31,16 +30,18 @@ class MP_TcpClient {
   // For the engine.
   Kalvo_SocketAddr* bindAddr() { return bound_ ? &localAddr : nullptr; }
   void SetId(std::uint32_t id) { id_ = id; }
-  void Adopt(MP_SocketManager* manager, std::uint32_t id);
+  void Adopt(MP_SocketManager* engine, std::uint32_t id);
 
   Kalvo_SocketAddr peerAddr;
   Kalvo_SocketAddr localAddr;
 
  private:
-  std::atomic<std::uint32_t> id_{0};  // stays when the connection has ended, until Close
-  bool bound_ = false;                // connections come from localAddr
-  Kalvo_SocketManagerHelper* manager_ = nullptr;  // null until the first Connect
-  MP_SocketManager* engine_ = nullptr;            // the same, if it is the library's own
+  int SendBytes(std::uint32_t id, const char* data, int length);
+
+  std::atomic<std::uint32_t> id_{0};            // stays when the connection has ended, until Close
+  bool bound_ = false;                          // connections come from localAddr
+  MP_EngineRef engine_;                         // the library's, from the first Connect on
+  Kalvo_SocketManagerHelper* hosts_ = nullptr;  // one of the host's in its place
 };
 
 #endif  // KALVOBASE_SRC_NET_MP_TCP_CLIENT_H_

@@ -29,10 +29,7 @@ std::uint32_t MP_TcpConnector::Connect(Kalvo_TcpClientHandler* handler) {
 
 // --- The connect thread ---------------------------------------------------------------
 
-void MP_TcpConnector::BeginThread() {
-  events_ = platform::connect_events_create();
-  lastTick_ = platform::tick_count();
-}
+void MP_TcpConnector::BeginThread() { lastTick_ = platform::tick_count(); }
 
 void MP_TcpConnector::EndThread() {
   platform::connect_events_destroy(events_);
@@ -40,6 +37,7 @@ void MP_TcpConnector::EndThread() {
 }
 
 void MP_TcpConnector::Step() {
+  if (events_ == nullptr) events_ = platform::connect_events_create();
   const int slot = platform::connect_events_wait(events_, kWaitMs);
   if (slot >= 0) Finished(slot);
   RunConnectQueue();
@@ -90,9 +88,12 @@ void MP_TcpConnector::RunConnectQueue() {
       Kalvo_KernelDebugLog(1, "<debug> connect not real!![0x%08x]", item->id.load());
       continue;
     }
+    if (!platform::connect_events_add(events_, item->socket, slot)) {
+      core_->ConnectFailed(item, platform::socket_error());
+      continue;
+    }
     slots_[slot] = {item, item->id, item->socket};
     ++pending_;
-    platform::connect_events_add(events_, item->socket, slot);
   }
   elapsed_ = 0;
 }
@@ -168,10 +169,11 @@ void MP_TcpConnector::Stands(MP_SocketItem* item) {
   {
     const MP_SocketItemGuard guard(item);
     item->connected = true;
+    item->sendError = 0;
   }
   const std::uint32_t id = item->id;
   if (!net::CallHandler([&] { item->client()->OnConnectOk(item->peerAddr, 1); })) {
     Kalvo_KernelDebugLog(kError, "<error> process OnConnectOk error!!!!");
   }
-  if (item->id == id) core_->ResetReadOp(item, false);
+  if (item->id == id) core_->ResetReadOp(item, platform::PortReadAfter::kEmpty);
 }

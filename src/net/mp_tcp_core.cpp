@@ -1,8 +1,14 @@
 #include "net/mp_tcp_core.h"
 
-#include "kalvobase/kernel_debug.h"
+#include "frame/mp_kernel_debug.h"
 #include "net/handler_call.h"
 #include "net/socket_calls.h"
+
+namespace {
+
+constexpr char kTransferError[] = "<warning> doTransfer error[%d]!!!";
+
+}  // namespace
 
 bool MP_TcpCore::TakeSocket(MP_SocketItem* item, int socket, platform::PortSocket kind) {
   const platform::PortTag tag = platform::port_add(port_, socket, kind, item->id, item);
@@ -16,8 +22,8 @@ bool MP_TcpCore::TakeSocket(MP_SocketItem* item, int socket, platform::PortSocke
   return true;
 }
 
-void MP_TcpCore::ResetReadOp(MP_SocketItem* item, bool more) {
-  if (platform::port_read(port_, item->tag, more)) return;
+void MP_TcpCore::ResetReadOp(MP_SocketItem* item, platform::PortReadAfter after) {
+  if (platform::port_read(port_, item->tag, after)) return;
   const int error = platform::socket_error();
   Kalvo_KernelDebugLog(1, "<warning> reset readop error[%d-%d]!!!", -1, error);
   Disconnected(item, error);
@@ -45,14 +51,16 @@ void MP_TcpCore::ConnectFailed(MP_SocketItem* item, int error) {
 }
 
 void MP_TcpCore::TransferFailed(MP_SocketItem* item, int error) {
-  Kalvo_KernelDebugLog(1, "<warning> doTransfer error[%d]!!!", error);
-  Disconnected(item, error);
+  Kalvo_KernelDebugLog(1, kTransferError, error);
+  Disconnected(item, error, "<error> disconnect 1 process fatal error!!");
 }
 
-void MP_TcpCore::Disconnected(MP_SocketItem* item, int error) {
+void MP_TcpCore::Disconnected(MP_SocketItem* item, int error, const char* thrown) {
   const std::uint32_t id = item->id;
-  const int result =
-      net::ResultOfHandler([&] { return item->client()->OnDisConnect(item->peerAddr, error); });
+  int result = -1;
+  const bool returned =
+      net::CallHandler([&] { result = item->client()->OnDisConnect(item->peerAddr, error); });
+  if (!returned && thrown != nullptr) Kalvo_KernelDebugLog(kernel_debug::kError, thrown);
   if (item->id != id) return;
   bool sending;
   {
@@ -61,5 +69,7 @@ void MP_TcpCore::Disconnected(MP_SocketItem* item, int error) {
   }
   AfterFailure(item, result);
   // The write that was under way has failed, too.
-  if (sending && item->id == id) ConnectFailed(item, platform::kSocketConnectionAborted);
+  if (!sending || item->id != id) return;
+  Kalvo_KernelDebugLog(1, kTransferError, platform::kSocketConnectionAborted);
+  ConnectFailed(item, platform::kSocketConnectionAborted);
 }

@@ -19,8 +19,8 @@ class MP_TcpCore {
   // failure.
   bool TakeSocket(MP_SocketItem* item, int socket, platform::PortSocket kind);
 
-  // The next read. `more`: bytes were left in the socket.
-  void ResetReadOp(MP_SocketItem* item, bool more);
+  // The next read.
+  void ResetReadOp(MP_SocketItem* item, platform::PortReadAfter after);
 
   // A connection, or an attempt to make one, has ended: `result` is after how many milliseconds to
   // try again, below 0 never.
@@ -28,12 +28,15 @@ class MP_TcpCore {
 
   // The same, after the handler has been told and asked.
   void ConnectFailed(MP_SocketItem* item, int error);
-  void Disconnected(MP_SocketItem* item, int error);
+  void Disconnected(MP_SocketItem* item, int error) { Disconnected(item, error, nullptr); }
 
   // A read has failed.
   void TransferFailed(MP_SocketItem* item, int error);
 
  private:
+  // `thrown` is logged if the handler throws.
+  void Disconnected(MP_SocketItem* item, int error, const char* thrown);
+
   MP_SocketPool* const pool_;
   platform::CompletionPort* const port_;
   MP_ConnectQueue* const connectQueue_;

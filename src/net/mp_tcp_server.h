@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "kalvobase/handler.h"
+#include "net/engine_call.h"
 
 class MP_TcpServer {
  public:
@@ -22,8 +23,10 @@ class MP_TcpServer {
   Kalvo_SocketAddr localAddr;
 
  private:
+  bool HasEngine() const { return MP_EngineCall(engine_).engine() != nullptr; }
+
   std::uint32_t id_ = 0;
-  Kalvo_SocketManagerHelper* const manager_;  // null if memory ran out
+  MP_EngineRef engine_;  // its own
 };
 
 #endif  // KALVOBASE_SRC_NET_MP_TCP_SERVER_H_

@@ -56,16 +56,23 @@ int MP_TcpTransfer::SendBytes(std::uint32_t id, const char* data, int length) {
   if (taken != Taken::kRest) return taken == Taken::kAll ? 1 : 0;
   auto rest = std::make_unique<Kalvo_String>();
   rest->memcpy(data + sent, static_cast<int>(size - sent));
-  item->sends.Add(std::move(rest), 0);
+  if (rest->length() == size - sent) {
+    item->sends.Add(std::move(rest), 0);
+    return 1;
+  }
+  if (sent == 0) return 0;
+  // Nothing may follow what is missing now: reading comes to its end soon.
+  SendFailed(item, platform::kSocketNoBuffers);
+  platform::socket_shutdown(item->socket);
   return 1;
 }
 
 MP_TcpTransfer::Taken MP_TcpTransfer::Begin(MP_SocketItem* item, std::uint32_t id, const char* data,
                                             std::size_t size, std::size_t* sent) {
   if (item->id != id || item->type == SOCK_KIND_FREE) return Taken::kNothing;
+  if (item->sendError != 0) return Taken::kAll;
   if (!item->connected) {
-    Kalvo_KernelDebugLog(kError, "<error> senddata failed because error[%d]",
-                         platform::kSocketNotConnected);
+    SendFailed(item, platform::kSocketNotConnected);
     return Taken::kAll;
   }
   if (IsStalled(item)) {
@@ -75,8 +82,7 @@ MP_TcpTransfer::Taken MP_TcpTransfer::Begin(MP_SocketItem* item, std::uint32_t i
   if (item->sends.head() != nullptr) return Taken::kRest;
   const std::int64_t n = platform::port_send(core_->port(), item->tag, item->socket, data, size);
   if (n == platform::kTransferFailed) {
-    item->sendError = platform::socket_error();
-    Kalvo_KernelDebugLog(kError, "<error> senddata failed because error[%d]", item->sendError);
+    SendFailed(item, platform::socket_error());
     platform::port_post(core_->port(), id, item, item->tag);
     return Taken::kAll;
   }
@@ -84,6 +90,12 @@ MP_TcpTransfer::Taken MP_TcpTransfer::Begin(MP_SocketItem* item, std::uint32_t i
   if (*sent == size) return Taken::kAll;
   item->lastSendTick = SendTick();
   return Taken::kRest;
+}
+
+// Told once for a connection, also if telling it makes a host send.
+void MP_TcpTransfer::SendFailed(MP_SocketItem* item, int error) {
+  item->sendError = error;
+  Kalvo_KernelDebugLog(kError, "<error> senddata failed because error[%d]", error);
 }
 
 bool MP_TcpTransfer::IsStalled(MP_SocketItem* item) {
@@ -135,7 +147,7 @@ void MP_TcpTransfer::doReadTcp(MP_SocketItem* item, bool ending) {
   Arrived arrived;
   const std::int64_t count = Look(item, &arrived);
   if (count == platform::kTransferWouldBlock && !ending) {
-    core_->ResetReadOp(item, false);
+    core_->ResetReadOp(item, platform::PortReadAfter::kEmpty);
     return;
   }
   if (count == platform::kTransferFailed) {
@@ -163,7 +175,7 @@ void MP_TcpTransfer::doReadTcp(MP_SocketItem* item, bool ending) {
     if (available > MP_SocketItem::kReadBufferSize) {
       Violated(item, "<error> data error! buffer size over!!");
     } else if (Decline(item, &arrived)) {
-      core_->ResetReadOp(item, item->holdsMore);
+      core_->ResetReadOp(item, After(item));
     }
     return;
   }
@@ -184,9 +196,12 @@ void MP_TcpTransfer::doReadTcp(MP_SocketItem* item, bool ending) {
     return;
   }
   LeaveBehind(item, arrived);
-  if (DispatchData(item, buffer, size)) {
-    core_->ResetReadOp(item, item->holdsMore || item->leftBehind != nullptr);
-  }
+  if (DispatchData(item, buffer, size)) core_->ResetReadOp(item, After(item));
+}
+
+platform::PortReadAfter MP_TcpTransfer::After(const MP_SocketItem* item) {
+  const bool more = item->holdsMore || item->leftBehind != nullptr;
+  return more ? platform::PortReadAfter::kMore : platform::PortReadAfter::kTaken;
 }
 
 // How much has arrived that the handler has not declined yet; as socket_pending if nothing has.
@@ -194,10 +209,8 @@ std::int64_t MP_TcpTransfer::Look(MP_SocketItem* item, Arrived* arrived) {
   if (item->leftBehind != nullptr) {
     arrived->received = item->leftBehind.get() + item->leftBehindAt;
     arrived->receivedCount = item->leftBehindCount;
-    return item->leftBehindCount;
-  }
-  item->holdsMore = false;
-  if (!item->receivesMuch) {
+  } else if (!item->receivesMuch) {
+    item->holdsMore = false;
     const std::int64_t n =
         platform::socket_receive_now(item->socket, receivedAhead_, sizeof(receivedAhead_));
     if (n <= 0) return n;
@@ -205,7 +218,9 @@ std::int64_t MP_TcpTransfer::Look(MP_SocketItem* item, Arrived* arrived) {
     arrived->receivedCount = static_cast<long>(n);
     if (n < kReceiveAhead) return n;  // there was no more
   }
-  const std::int64_t waiting = platform::socket_pending(item->socket);
+  // An end or a failure is told when nothing is before it any more.
+  const std::int64_t waiting = arrived->receivedCount > 0 ? platform::socket_available(item->socket)
+                                                          : platform::socket_pending(item->socket);
   if (waiting > 0) arrived->waitingCount = static_cast<long>(waiting);
   const long count = arrived->receivedCount + arrived->waitingCount;
   item->receivesMuch = count >= kReceiveAhead;

@@ -33,6 +33,7 @@ class MP_TcpTransfer {
   Taken Begin(MP_SocketItem* item, std::uint32_t id, const char* data, std::size_t size,
               std::size_t* sent);
   bool IsStalled(MP_SocketItem* item);
+  void SendFailed(MP_SocketItem* item, int error);
 
   // Bytes that have arrived: those that were received, and those that are still in the socket.
   struct Arrived {
@@ -46,6 +47,7 @@ class MP_TcpTransfer {
   static constexpr int kReceiveAhead = 8192;
 
   std::int64_t Look(MP_SocketItem* item, Arrived* arrived);
+  static platform::PortReadAfter After(const MP_SocketItem* item);
   bool Decline(MP_SocketItem* item, Arrived* arrived);
   bool Take(MP_SocketItem* item, Arrived* arrived, char* buffer, long size, const char* warning);
   void LeaveBehind(MP_SocketItem* item, const Arrived& arrived);

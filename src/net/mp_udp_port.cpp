@@ -5,22 +5,27 @@
 #include "platform/socket.h"
 #include "text/mp_string.h"
 
-MP_UdpPort::MP_UdpPort() : manager_(socket_managers::GetManager(MANAGER_SHARED)) {}
+MP_UdpPort::MP_UdpPort() : engine_(socket_managers::GetManager(MANAGER_SHARED)) {}
 
 unsigned long MP_UdpPort::Open(Kalvo_UdpHandler* handler, const char* host, int port,
                                bool broadcast) {
-  if (id_ != 0 || manager_ == nullptr) return 0;
+  if (id_ != 0) return 0;
+  if (!HasEngine()) engine_ = MP_EngineRef(socket_managers::GetManager(MANAGER_SHARED));
+  const MP_EngineCall call(engine_);
+  if (call.engine() == nullptr) return 0;
   localAddr.Init(host, port);
   bound_ = host != nullptr || port != 0;
-  id_ = static_cast<std::uint32_t>(manager_->OpenUdp(handler, broadcast));
-  return id_;
+  // The engine tells the id itself, since calls may come before this returns.
+  return call.engine()->OpenUdp(handler, broadcast);
 }
 
 void MP_UdpPort::Close() {
-  if (id_ == 0) return;
+  const std::uint32_t id = id_;
+  if (id == 0) return;
   socket = -1;
   inGroup_ = false;
-  manager_->Close(id_);
+  const MP_EngineCall call(engine_);
+  if (call.engine() != nullptr) call.engine()->Close(id);
   id_ = 0;
 }
 
@@ -41,16 +46,21 @@ void MP_UdpPort::EnableBroadcast(int on) {
   if (id_ != 0) platform::socket_set_broadcast(socket, on);
 }
 
+// A port that was opened for one interface is in the group there.
+const char* MP_UdpPort::GroupInterface() const {
+  const MP_SocketAddr& local = MP_SocketAddr::Of(localAddr);
+  return local.isGroup() ? nullptr : local.internetBytes();
+}
+
 void MP_UdpPort::AddGroup(const char* address) {
   inGroup_ = false;
   if (address == nullptr) return;
   platform::parse_internet_address(address, group_);
-  inGroup_ = platform::socket_join_group(socket, group_,
-                                         MP_SocketAddr::Of(localAddr).internetBytes()) == 0;
+  inGroup_ = platform::socket_join_group(socket, group_, GroupInterface()) == 0;
 }
 
 void MP_UdpPort::LeaveGroup() {
   if (!inGroup_) return;
-  platform::socket_leave_group(socket, group_, MP_SocketAddr::Of(localAddr).internetBytes());
+  platform::socket_leave_group(socket, group_, GroupInterface());
   inGroup_ = false;
 }

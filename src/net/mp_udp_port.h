@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "kalvobase/handler.h"
+#include "net/engine_call.h"
 
 class MP_UdpPort {
  public:
@@ -26,19 +27,22 @@ class MP_UdpPort {
   void AddGroup(const char* address);
   void LeaveGroup();
 
-  // Whether the port has an address of its own from the start.
+  // For the engine. Whether the port has an address of its own from the start.
   bool isBound() const { return bound_; }
+  void SetId(std::uint32_t id) { id_ = id; }
 
   Kalvo_SocketAddr localAddr;
   std::atomic<int> socket{-1};  // the engine's, which closes it
 
  private:
-  std::uint32_t id_ = 0;
-  bool bound_ = false;
-  Kalvo_SocketManagerHelper* const manager_;  // null if memory ran out
+  const char* GroupInterface() const;
+  bool HasEngine() const { return MP_EngineCall(engine_).engine() != nullptr; }
 
-  // The group that was joined last, as an IPv4 address. A port that is bound to one interface is
-  // in it there.
+  std::atomic<std::uint32_t> id_{0};
+  bool bound_ = false;
+  MP_EngineRef engine_;
+
+  // The group that was joined last, as an IPv4 address.
   bool inGroup_ = false;
   char group_[4] = {};
 };

@@ -16,7 +16,10 @@ int OpenSocket(MP_UdpPort* port, bool broadcast) {
   const int socket = platform::socket_open(platform::kInternet, platform::SocketType::kDatagram);
   if (socket < 0 || !port->isBound()) return socket;
   platform::socket_set_reuse(socket, 1);
-  if (platform::socket_bind(socket, local->bytes(), local->length()) == 0) return socket;
+  // What is sent to a group does not come to one address; that only chooses the interface.
+  MP_SocketAddr bound = *local;
+  if (!bound.isGroup()) bound.Widen();
+  if (platform::socket_bind(socket, bound.bytes(), bound.length()) == 0) return socket;
   net::CloseKeepingError(socket);
   return -1;
 }
@@ -28,7 +31,15 @@ std::uint32_t MP_UdpReceiver::OpenUdp(Kalvo_UdpHandler* handler, bool broadcast)
   const int socket = OpenSocket(&port, broadcast);
   if (socket < 0) return 0;
   MP_SocketAddr* const local = &MP_SocketAddr::Of(port.localAddr);
-  if (!port.isBound() || local->port() == 0) net::TakeOwnAddress(socket, local);
+  if (!port.isBound() || local->port() == 0) {
+    MP_SocketAddr own;
+    net::TakeOwnAddress(socket, &own);
+    if (broadcast && port.isBound()) {
+      local->SetPort(own.port());
+    } else {
+      *local = own;
+    }
+  }
   MP_SocketItem* const item =
       platform::socket_set_blocking(socket, false) == 0 ? core_->pool()->Alloc() : nullptr;
   if (item == nullptr) {
@@ -44,13 +55,16 @@ std::uint32_t MP_UdpReceiver::OpenUdp(Kalvo_UdpHandler* handler, bool broadcast)
     return 0;
   }
   port.socket = socket;
-  platform::port_read(core_->port(), item->tag, false);
+  port.SetId(item->id);
+  platform::port_read(core_->port(), item->tag, platform::PortReadAfter::kTaken);
   return item->id;
 }
 
 void MP_UdpReceiver::ProcessUdpRead(MP_SocketItem* item) {
   const std::uint32_t id = item->id;
-  const auto next = [this, item] { platform::port_read(core_->port(), item->tag, false); };
+  const auto next = [this, item] {
+    platform::port_read(core_->port(), item->tag, platform::PortReadAfter::kTaken);
+  };
   platform::clear_socket_error();
   const char* datagram;
   const std::int64_t count = Look(item, &datagram);

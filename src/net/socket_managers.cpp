@@ -1,9 +1,11 @@
 #include "net/socket_managers.h"
 
+#include <memory>
 #include <new>
 #include <vector>
 
 #include "frame/process_object.h"
+#include "net/engine_call.h"
 
 namespace socket_managers {
 namespace {
@@ -17,6 +19,8 @@ struct Registry {
 
 ProcessObject<Registry> theRegistry;
 
+constexpr std::uint32_t kPatienceMs = 100;
+
 }  // namespace
 
 MP_SocketManager* GetManager(int kind) {
@@ -29,12 +33,12 @@ MP_SocketManager* GetManager(int kind) {
     manager->SetBusy(server);
     return manager;
   }
-  auto* const made = new (std::nothrow) MP_SocketManager;
-  if (made == nullptr) return nullptr;
+  std::unique_ptr<MP_SocketManager> made(new (std::nothrow) MP_SocketManager);
+  if (made == nullptr || !made->IsSound()) return nullptr;
   made->SetKind(kind);
   made->SetBusy(server);
-  registry->managers.push_back(made);
-  return made;
+  registry->managers.push_back(made.get());
+  return made.release();
 }
 
 MP_SocketManager* FindManager(Kalvo_SocketManagerHelper* manager) {
@@ -62,10 +66,15 @@ void Stop() {
   for (MP_SocketManager* manager : managers) manager->StopThreads();
 }
 
+// Threads that the library does not know may still be inside, when the process ends before them.
+// Then the system gets the memory.
 void Free() {
   Registry* const registry = theRegistry.Peek();
   if (registry == nullptr) return;
-  for (MP_SocketManager* manager : registry->managers) delete manager;
+  MP_EngineCall::EndTime();
+  if (MP_EngineCall::WaitUntilNone(kPatienceMs)) {
+    for (MP_SocketManager* manager : registry->managers) delete manager;
+  }
   theRegistry.Free();
 }
 
@@ -78,10 +87,12 @@ void Release() {
 }
 
 // What other threads had under way in the managers cannot be brought to an end, so they are left
-// as they are. Handlers may go on asking them.
+// as they are, and no handler finds them any more.
 void GoOnInChild() {
   Registry* const registry = theRegistry.Peek();
   if (registry == nullptr) return;
+  MP_EngineCall::EndTime();
+  MP_EngineCall::ForgetOthers();
   for (MP_SocketManager* manager : registry->managers) manager->Abandon();
   registry->managers.clear();
   registry->lock.Unlock();

@@ -41,8 +41,7 @@ struct Completion {
   char address[kAddressRoom];
 };
 
-// Null on failure: nothing but a wait may be asked of such a port. Nobody may use a port that is
-// being destroyed; the sockets stay open.
+// Null on failure. Nobody may use a port that is being destroyed; the sockets stay open.
 CompletionPort* port_create();
 void port_destroy(CompletionPort* port);
 
@@ -60,11 +59,17 @@ void port_remove(CompletionPort* port, PortTag tag);
 // Makes a kPosted completion. With a tag it is dropped if that socket is removed meanwhile.
 void port_post(CompletionPort* port, std::uint32_t key, void* context, PortTag tag);
 
+// What the caller knows of a socket when it starts a read. A datagram socket need not be known.
+enum class PortReadAfter {
+  kEmpty,  // it was found empty, or was not read yet
+  kTaken,  // all that it told to hold, or gave, was taken
+  kMore,   // something was left
+};
+
 // Starts a read of no bytes, which completes when something can be read, or the connection has
 // ended or failed, and takes nothing off the socket: which it is, the next call on it tells.
-// `more`: the caller knows that it has left something behind. False on failure. A stream must have
-// been read as far as it was told to hold bytes, or `more` be told.
-bool port_read(CompletionPort* port, PortTag tag, bool more);
+// False on failure.
+bool port_read(CompletionPort* port, PortTag tag, PortReadAfter after);
 
 // The same for a datagram socket, and it completes after `ms` milliseconds whatever there is to
 // read.

@@ -22,6 +22,7 @@ constexpr int kSocketWouldBlock = 10035;
 constexpr int kSocketInvalid = 10022;
 constexpr int kSocketMessageSize = 10040;
 constexpr int kSocketConnectionAborted = 10053;
+constexpr int kSocketNoBuffers = 10055;
 constexpr int kSocketIsConnected = 10056;
 constexpr int kSocketNotConnected = 10057;
 
@@ -93,7 +94,10 @@ int socket_leave_group(int socket, const char* group, const char* own);
 // kTransferFailed.
 std::int64_t socket_receive(int socket, char* buffer, std::size_t size);
 
-// How many bytes a stream holds; 0 if it has ended, kTransferWouldBlock if there are none yet,
+// How many bytes a stream holds, as far as it can tell: there may be more behind urgent data.
+std::int64_t socket_available(int socket);
+
+// The same, but 0 if the stream has ended, kTransferWouldBlock if there are none yet,
 // kTransferFailed. Does not wait.
 std::int64_t socket_pending(int socket);
 

@@ -21,6 +21,7 @@ namespace {
 
 using platform::Completion;
 using platform::PortOperation;
+using platform::PortReadAfter;
 using platform::PortSocket;
 using platform::PortTag;
 
@@ -61,7 +62,6 @@ TEST_F(CompletionPort, WaitsForATenthOfASecond) {
   EXPECT_FALSE(platform::port_wait(port_, &completion_));
   EXPECT_FALSE(platform::port_wait(port_, &completion_));
   EXPECT_GE(watch.Milliseconds(), 90);
-  EXPECT_FALSE(platform::port_wait(nullptr, &completion_));
 }
 
 TEST_F(CompletionPort, ReadsCompleteOnceForWhatComes) {
@@ -74,7 +74,7 @@ TEST_F(CompletionPort, ReadsCompleteOnceForWhatComes) {
   // What comes while no read waits is not forgotten.
   send(pair.theirs, "abc", 3, 0);
   EXPECT_TRUE(Quiet());
-  EXPECT_TRUE(platform::port_read(port_, tag, false));
+  EXPECT_TRUE(platform::port_read(port_, tag, PortReadAfter::kTaken));
   ASSERT_TRUE(Next());
   EXPECT_EQ(completion_.operation, PortOperation::kRead);
   EXPECT_EQ(completion_.key, 7u);
@@ -84,19 +84,19 @@ TEST_F(CompletionPort, ReadsCompleteOnceForWhatComes) {
 
   // What is left behind completes the next read, if that is told.
   EXPECT_EQ(recv(pair.ours, room, 1, 0), 1);
-  platform::port_read(port_, tag, true);
+  platform::port_read(port_, tag, PortReadAfter::kMore);
   ASSERT_TRUE(Next());
   EXPECT_EQ(recv(pair.ours, room, 10, 0), 2);
-  platform::port_read(port_, tag, false);
+  platform::port_read(port_, tag, PortReadAfter::kTaken);
   EXPECT_TRUE(Quiet());
 
   // So do the end of the connection, time and again, and its failure.
   shutdown(pair.theirs, SHUT_WR);
   ASSERT_TRUE(Next());
   EXPECT_EQ(recv(pair.ours, room, 10, 0), 0);
-  platform::port_read(port_, tag, false);
+  platform::port_read(port_, tag, PortReadAfter::kTaken);
   ASSERT_TRUE(Next());
-  EXPECT_FALSE(platform::port_read(port_, tag + 1, false));
+  EXPECT_FALSE(platform::port_read(port_, tag + 1, PortReadAfter::kTaken));
 }
 
 TEST_F(CompletionPort, PostsFromManyThreadsAllArrive) {
@@ -125,8 +125,8 @@ TEST_F(CompletionPort, NothingIsToldOfASocketThatWasRemoved) {
   Pair other;
   const PortTag tag = platform::port_add(port_, pair.ours, PortSocket::kStream, 1, nullptr);
   const PortTag otherTag = platform::port_add(port_, other.ours, PortSocket::kStream, 2, nullptr);
-  platform::port_read(port_, tag, false);
-  platform::port_read(port_, otherTag, false);
+  platform::port_read(port_, tag, PortReadAfter::kTaken);
+  platform::port_read(port_, otherTag, PortReadAfter::kTaken);
   platform::port_post(port_, 1, nullptr, tag);
 
   // Both have something to tell; the second goes while the first is being handled.
@@ -147,9 +147,9 @@ TEST_F(CompletionPort, NothingIsToldOfASocketThatWasRemoved) {
   pair.ours = number;
   const PortTag nextTag = platform::port_add(port_, number, PortSocket::kStream, 3, nullptr);
   EXPECT_NE(nextTag, tag);
-  EXPECT_FALSE(platform::port_read(port_, tag, true));
+  EXPECT_FALSE(platform::port_read(port_, tag, PortReadAfter::kMore));
   platform::port_post(port_, 1, nullptr, tag);
-  platform::port_read(port_, nextTag, false);
+  platform::port_read(port_, nextTag, PortReadAfter::kTaken);
   EXPECT_TRUE(Quiet());
   send(next.theirs, "b", 1, 0);
   ASSERT_TRUE(Next());
@@ -251,11 +251,11 @@ TEST_F(CompletionPort, DatagramsAreToldOneByOne) {
   EXPECT_TRUE(Quiet());
   char room[10];
   for (int i = 0; i < 3; ++i) {
-    platform::port_read(port_, tag, false);
+    platform::port_read(port_, tag, PortReadAfter::kTaken);
     ASSERT_TRUE(Next());
     EXPECT_EQ(recv(ours, room, 10, 0), 3);
   }
-  platform::port_read(port_, tag, false);
+  platform::port_read(port_, tag, PortReadAfter::kTaken);
   EXPECT_TRUE(Quiet());
   platform::port_read_later(port_, tag, 30);
   const support::Stopwatch watch;

@@ -42,7 +42,7 @@ constexpr int kRoundsInARow = 8;
 constexpr PortTag kWakeTag = PortTag{0} << 32;
 constexpr PortTag kTickTag = PortTag{1} << 32;
 
-constexpr std::uint32_t kReadable = EPOLLIN | EPOLLRDHUP | EPOLLHUP | EPOLLERR;
+constexpr std::uint32_t kReadable = EPOLLIN | EPOLLPRI | EPOLLRDHUP | EPOLLHUP | EPOLLERR;
 constexpr std::uint32_t kEnded = EPOLLRDHUP | EPOLLHUP | EPOLLERR;
 constexpr std::uint32_t kWritable = EPOLLOUT | EPOLLHUP | EPOLLERR;
 
@@ -65,6 +65,7 @@ struct Entry {
   bool readable = false;  // was reported while no read waited
   bool writable = false;  // was reported while no write waited
   bool ended = false;     // no further report need come
+  bool urgent = false;    // had urgent data, at which reading stops short
 
   std::unique_ptr<std::deque<WaitingAccept>> accepts;  // of a listener
 };
@@ -137,9 +138,9 @@ struct CompletionPort {
 };
 
 bool CompletionPort::Open() {
-  epoll = epoll_create1(EPOLL_CLOEXEC);
-  wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  ticker = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
+  epoll = above_standard_streams(epoll_create1(EPOLL_CLOEXEC));
+  wake = above_standard_streams(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+  ticker = above_standard_streams(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
   if (epoll < 0 || wake < 0 || ticker < 0) return false;
   constexpr timespec interval = {0, kPortWaitMs * 1000000};
   const itimerspec ticks = {interval, interval};
@@ -169,8 +170,8 @@ Entry* CompletionPort::Find(PortTag tag) {
 bool CompletionPort::Watch(PortTag tag, Entry* entry) {
   if (entry->watched) return true;
   epoll_event event = {};
-  event.events =
-      entry->kind == PortSocket::kStream ? EPOLLIN | EPOLLRDHUP | EPOLLET : std::uint32_t{EPOLLIN};
+  event.events = entry->kind == PortSocket::kStream ? EPOLLIN | EPOLLPRI | EPOLLRDHUP | EPOLLET
+                                                    : std::uint32_t{EPOLLIN};
   event.data.u64 = tag;
   entry->watched = epoll_ctl(epoll, EPOLL_CTL_ADD, entry->socket, &event) == 0;
   return entry->watched;
@@ -230,6 +231,7 @@ bool CompletionPort::TakeReport(epoll_event* report, Completion* completion) {
     return TakeAccept(tag, entry, completion);
   }
   if (entry->kind == PortSocket::kStream && (report->events & kEnded) != 0) entry->ended = true;
+  if ((report->events & EPOLLPRI) != 0) entry->urgent = true;
   if ((report->events & kReadable) != 0) {
     // Reading comes first: it tells why a connection has ended.
     report->events = (report->events & kWritable) != 0 ? std::uint32_t{EPOLLOUT} : 0;
@@ -273,7 +275,7 @@ bool CompletionPort::TakeAccept(PortTag tag, Entry* entry, Completion* completio
     socket = accept4(entry->socket, reinterpret_cast<sockaddr*>(completion->address), &length,
                      SOCK_CLOEXEC);
   } while (socket < 0 && errno == EINTR);
-  if (socket >= 0) socket = above_standard_streams(socket);
+  socket = above_standard_streams(socket);
   if (socket < 0) {
     if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
       Unwatch(entry);
@@ -404,7 +406,7 @@ void port_post(CompletionPort* port, std::uint32_t key, void* context, PortTag t
   if (mustWake) port->Wake();
 }
 
-bool port_read(CompletionPort* port, PortTag tag, bool more) {
+bool port_read(CompletionPort* port, PortTag tag, PortReadAfter after) {
   std::unique_lock<std::mutex> guard(port->lock);
   Entry* const entry = port->Find(tag);
   if (entry == nullptr) {
@@ -415,6 +417,8 @@ bool port_read(CompletionPort* port, PortTag tag, bool more) {
     entry->readWaits = true;
     return port->Watch(tag, entry);
   }
+  const bool more =
+      after == PortReadAfter::kMore || (after == PortReadAfter::kTaken && entry->urgent);
   entry->readWaits = !(more || entry->readable || entry->ended);
   if (entry->readWaits) return true;
   if (!more) entry->readable = false;  // else what was reported may not be what is read next
@@ -449,7 +453,7 @@ std::int64_t port_send(CompletionPort* port, PortTag tag, int socket, const char
   entry->writeWaits = true;
   if (!entry->watchedRoom) {
     epoll_event event = {};  // which also reports what there is already
-    event.events = EPOLLIN | EPOLLOUT | EPOLLRDHUP | EPOLLET;
+    event.events = EPOLLIN | EPOLLPRI | EPOLLOUT | EPOLLRDHUP | EPOLLET;
     event.data.u64 = tag;
     if (epoll_ctl(port->epoll, EPOLL_CTL_MOD, socket, &event) != 0) return kTransferFailed;
     entry->watchedRoom = true;
@@ -472,10 +476,6 @@ void port_accept(CompletionPort* port, PortTag listener, std::uint32_t key, void
 }
 
 bool port_wait(CompletionPort* port, Completion* completion) {
-  if (port == nullptr) {
-    sleep_ms(kPortWaitMs);
-    return false;
-  }
   if (port->Take(completion)) return true;
   port->Ask();
   return port->Take(completion);

@@ -1,11 +1,13 @@
 #include "platform/connect_events.h"
 
+#include <errno.h>
 #include <sys/epoll.h>
 #include <unistd.h>
 
 #include <new>
 
 #include "platform/clock.h"
+#include "platform/posix/new_descriptor.h"
 
 namespace platform {
 
@@ -14,8 +16,11 @@ struct ConnectEvents {
 };
 
 ConnectEvents* connect_events_create() {
-  const int epoll = epoll_create1(EPOLL_CLOEXEC);
-  return epoll < 0 ? nullptr : new (std::nothrow) ConnectEvents{epoll};
+  const int epoll = above_standard_streams(epoll_create1(EPOLL_CLOEXEC));
+  if (epoll < 0) return nullptr;
+  auto* const events = new (std::nothrow) ConnectEvents{epoll};
+  if (events == nullptr) close(epoll);
+  return events;
 }
 
 void connect_events_destroy(ConnectEvents* events) {
@@ -25,7 +30,10 @@ void connect_events_destroy(ConnectEvents* events) {
 }
 
 bool connect_events_add(ConnectEvents* events, int socket, int slot) {
-  if (events == nullptr) return false;
+  if (events == nullptr) {
+    errno = EMFILE;
+    return false;
+  }
   epoll_event event = {};
   event.events = EPOLLOUT | EPOLLONESHOT;
   event.data.u32 = static_cast<std::uint32_t>(slot);

@@ -9,9 +9,9 @@
 namespace platform {
 
 // Moves a new descriptor out of the places of the standard streams, which a process that has
-// closed these would write to. -1, with it closed, on failure.
+// closed these would write to. -1, with it closed, on failure, and for a negative one.
 inline int above_standard_streams(int descriptor) {
-  if (descriptor > STDERR_FILENO) return descriptor;
+  if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
   const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   close(descriptor);
   return moved;

@@ -106,12 +106,21 @@ void parse_internet_address(const char* text, char* bytes) {
 int socket_open(int family, SocketType type) {
   const int systemType = type == SocketType::kStream ? SOCK_STREAM : SOCK_DGRAM;
   const int made = socket(family, systemType | SOCK_CLOEXEC, 0);
-  return made < 0 ? made : above_standard_streams(made);
+  return above_standard_streams(made);
 }
 
 int socket_close(int socket) { return close(socket); }
 
 int socket_bind(int socket, const void* address, int length) {
+  // The system would take this, which is also what an unknown host has, and nothing would come.
+  sockaddr_in internet;
+  if (length >= static_cast<int>(sizeof(internet))) {
+    memcpy(&internet, address, sizeof(internet));
+    if (internet.sin_family == AF_INET && internet.sin_addr.s_addr == INADDR_BROADCAST) {
+      errno = EADDRNOTAVAIL;
+      return -1;
+    }
+  }
   return bind(socket, Address(address), static_cast<socklen_t>(length));
 }
 
@@ -181,7 +190,9 @@ int socket_join_group(int socket, const char* group, const char* own) {
   }
   // By default it would get what is sent to the groups of all others, too.
   if (SetOption(socket, IPPROTO_IP, IP_MULTICAST_ALL, 0) != 0) return -1;
-  return setsockopt(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof(membership));
+  const int joined =
+      setsockopt(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof(membership));
+  return joined != 0 && errno == EADDRINUSE ? 0 : joined;  // it is in it already
 }
 
 int socket_leave_group(int socket, const char* group, const char* own) {
@@ -189,10 +200,14 @@ int socket_leave_group(int socket, const char* group, const char* own) {
   return setsockopt(socket, IPPROTO_IP, IP_DROP_MEMBERSHIP, &membership, sizeof(membership));
 }
 
-// Urgent data that lies ahead hides what is behind it from the first question.
-std::int64_t socket_pending(int socket) {
+std::int64_t socket_available(int socket) {
   int count = 0;
-  if (ioctl(socket, FIONREAD, &count) == 0 && count > 0) return count;
+  return ioctl(socket, FIONREAD, &count) == 0 ? count : 0;
+}
+
+std::int64_t socket_pending(int socket) {
+  const std::int64_t count = socket_available(socket);
+  if (count > 0) return count;
   char room[256];
   return transfer([=, &room] { return recv(socket, room, sizeof(room), MSG_PEEK | MSG_DONTWAIT); });
 }

@@ -1,0 +1,48 @@
+#include "net/engine_call.h"
+
+#include <atomic>
+
+#include "platform/clock.h"
+
+namespace {
+
+constexpr int kCounters = 16;
+std::atomic<std::uint32_t> theTime{1};
+
+// The stacks of threads lie far apart.
+std::size_t Place() {
+  const char here = 0;
+  return reinterpret_cast<std::uintptr_t>(&here) >> 20;
+}
+
+}  // namespace
+
+struct alignas(64) MP_EngineCall::Counter {
+  std::atomic<int> calls{0};
+};
+MP_EngineCall::Counter MP_EngineCall::counters_[kCounters];
+
+MP_EngineRef::MP_EngineRef(MP_SocketManager* engine) : engine_(engine), time_(theTime) {}
+
+// Counts first: who ends the time looks at the counters after that.
+MP_EngineCall::MP_EngineCall(const MP_EngineRef& ref) : counter_(&counters_[Place() % kCounters]) {
+  ++counter_->calls;
+  engine_ = ref.time_ == theTime ? ref.engine_ : nullptr;
+}
+
+MP_EngineCall::~MP_EngineCall() { --counter_->calls; }
+
+void MP_EngineCall::EndTime() { ++theTime; }
+
+void MP_EngineCall::ForgetOthers() {
+  for (Counter& counter : counters_) counter.calls = 0;
+}
+
+bool MP_EngineCall::WaitUntilNone(std::uint32_t ms) {
+  for (;; --ms) {
+    int calls = 0;
+    for (const Counter& counter : counters_) calls += counter.calls;
+    if (calls == 0 || ms == 0) return calls == 0;
+    platform::sleep_ms(1);
+  }
+}
