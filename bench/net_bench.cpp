@@ -45,6 +45,7 @@ int Start(Serve serve, Service service) {
   int pipes[2];
   if (pipe(pipes) != 0) Fail("pipe");
   const pid_t child = fork();
+  if (child < 0) Fail("fork");
   if (child == 0) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     RunOn(kServerCore);
@@ -90,7 +91,7 @@ int Connect(int type, int port) {
 class EchoLoad {
  public:
   EchoLoad(int type, int port, int clients, std::size_t size)
-      : message_(size, 'x'), room_(kRoom), epoll_(epoll_create1(0)) {
+      : type_(type), message_(size, 'x'), room_(kRoom), epoll_(epoll_create1(0)) {
     for (int i = 0; i < clients; ++i) {
       auto client = std::make_unique<Client>();
       client->socket = Connect(type, port);
@@ -152,9 +153,11 @@ class EchoLoad {
 
   // A datagram may get lost.
   void Resend() {
+    if (type_ != SOCK_DGRAM) Fail("an echo");
     for (const auto& client : clients_) Send(client.get());
   }
 
+  const int type_;
   const std::vector<char> message_;
   std::vector<char> room_;
   const int epoll_;

@@ -28,7 +28,8 @@
 // thread that makes the calls, and a thread that connects, which makes some of them. For one
 // connection they come one at a time. A call must return soon: all others of its engine wait.
 //
-// Close, from any thread, waits for a call that runs, unless it is made from that very call.
+// Close, from any thread, waits for a call that runs, unless it is made from that very call, and
+// for bytes that a call has asked for in advance.
 // After it has returned no call of that connection runs or will run, and the handler may be
 // destroyed. Two calls that each close the connection of the other wait for each other for
 // ever. A derived class closes in its own destructor: when the base class does, the operations
@@ -126,10 +127,11 @@ class KALVO_API Kalvo_TcpClientHandler : public Kalvo_SocketHandlerObj {
   Kalvo_SocketAddr* GetLocalAddr();
   Kalvo_SocketAddr* GetPeerAddr();
 
-  // Sends a copy of `length` bytes: `length`, 0 if the connection has ended or the other side has
-  // taken nothing for more than 12 s with more than 1,024 pieces waiting, which ends it; -1 if
-  // there is none. A number above 0 says that the bytes will be sent in their turn, not that they
-  // have arrived. What is sent before OnConnectOk is dropped.
+  // Sends a copy of `length` bytes: `length`; 0 if there is nothing to send, if the connection has
+  // ended, or if the other side has taken nothing for more than 12 s with more than 1,024 pieces
+  // waiting, which ends the connection as soon as nothing waits to be read; -1 if there is none.
+  // A number above 0 says that the bytes will be sent in their turn, not that they have arrived.
+  // What is sent before OnConnectOk is dropped, with the same result.
   int SendData(const char* data, int length);
 
   // The same without a copy. 1: the connection deletes the string, and `data` is null. 0 and -1:
@@ -140,7 +142,8 @@ class KALVO_API Kalvo_TcpClientHandler : public Kalvo_SocketHandlerObj {
   int Printf(const char* format, ...);
   int vPrintf(const char* format, va_list args);
 
-  // Gives the handler another engine, which stays the caller's. Returns 1.
+  // Gives a handler without a connection another engine, which stays the caller's; with null it
+  // uses the shared one. A handler that is accepted gets the engine of its server. Returns 1.
   int SetManager(Kalvo_SocketManagerHelper* manager);
 
   // The rest is called by the engine. What these calls throw ends there.
@@ -163,11 +166,11 @@ class KALVO_API Kalvo_TcpClientHandler : public Kalvo_SocketHandlerObj {
   // returns.
   virtual int OnConnectFaild(Kalvo_SocketAddr* peer, int error) = 0;
 
-  // The connection has ended: 0 if the other side closed it, -1 if a call of the handler made the
-  // engine end it, else an error. What was not sent yet is lost. Returns the same as
-  // OnConnectFaild; a connection that was accepted is never made again. If bytes were being sent
-  // and another attempt is wanted, OnConnectFaild is called for them at once, with 10053, and
-  // what that returns counts.
+  // The connection has ended: 0 if the other side closed it or takes nothing any more, -1 if a call
+  // of the handler made the engine end it, else an error. What was not sent yet is lost. Returns
+  // the same as OnConnectFaild; a connection that was accepted is never made again. If bytes were
+  // being sent and another attempt is wanted, OnConnectFaild is called for them at once, with
+  // 10053, and what that returns counts.
   virtual int OnDisConnect(Kalvo_SocketAddr* peer, int error) = 0;
 
   // The bytes have come to where AllocBufferForRead had them put. Returns 0 or more to go on;
@@ -217,8 +220,8 @@ class KALVO_API Kalvo_TcpServerHandler : public Kalvo_SocketHandlerObj {
 
 // One UDP port.
 //
-// SendData, Printf and vPrintf may be called from any thread, from within a call, too, while no
-// Close runs: they send at once, or fail. The others are for one thread at a time.
+// SendData, Printf and vPrintf may be called from any thread, while no Close runs: they send at
+// once, or fail. The others are for one thread at a time. All may be called from within a call.
 class KALVO_API Kalvo_UdpHandler : public Kalvo_SocketHandlerObj {
  public:
   Kalvo_UdpHandler();
@@ -228,16 +231,19 @@ class KALVO_API Kalvo_UdpHandler : public Kalvo_SocketHandlerObj {
   // As Close.
   ~Kalvo_UdpHandler() override;
 
-  // Opens a port and returns an id above 0; 0 on failure, and until Close was called after an
-  // earlier Open. With a null `host` and a `port` of 0 the port is not bound to an address: it
-  // gets a number with the first datagram that it sends.
+  // Opens a port and returns an id above 0; calls may come before it returns. 0 on failure, and
+  // until Close was called after an earlier Open. With a null `host` and a `port` of 0 the port is
+  // not bound to an address: it gets a number with the first datagram that it sends.
   unsigned long Open(const char* host, int port);
 
-  // The same for a port that can be in a multicast group, whose number others may also use.
+  // The same for a port that is to be in a multicast group, whose number others may also use. It
+  // gets what comes to all addresses; `host` chooses the interface of the group.
   unsigned long OpenBroadCastPort(const char* host, int port);
 
+  // Closes the port. After that Open may be called again.
   void Close();
 
+  // The own address, which belongs to the handler. That of a port that is not bound has no number.
   Kalvo_SocketAddr* GetLocalAddr();
 
   // Sends one datagram: the number of bytes; below 0 if it could not be sent, with the error from
@@ -260,12 +266,12 @@ class KALVO_API Kalvo_UdpHandler : public Kalvo_SocketHandlerObj {
   // A datagram of `size` bytes has arrived. Returns where to put it, with room for `size` bytes,
   // which may be lowered: a datagram that is larger is cut off. With `size` set to 0 the datagram
   // stays, and the call comes again at once, which is after a millisecond. A null pointer with
-  // another `size` closes the port's socket for good.
+  // another `size`, or throwing, closes the port's socket for good. Empty datagrams are not told.
   void* AllocBufferForRead(long& size) override = 0;
 
   // The datagram has come. `length` is its size, or -1 if it could not be received whole, with
   // the error from Kalvo_SOCK_GetLastError: 10040 for one that was cut off. `from` is good for
-  // the call only. Below 0 ends receiving, but not sending.
+  // the call only, and not to be changed. Below 0 ends receiving, but not sending.
   virtual int OnDataOk(void* data, long length, Kalvo_SocketAddr* from,
                        Kalvo_SocketAddr* local) = 0;
 

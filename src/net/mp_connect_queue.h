@@ -26,8 +26,8 @@ class MP_ConnectQueue {
   // The record ahead; null if there is none, or none for this pass.
   MP_SocketItem* Head();
 
-  // If the record is still ahead, charges it `elapsed` milliseconds. True, with it taken out and
-  // `elapsed` what it is overdue, if it is due; false, with `elapsed` 0, if not.
+  // Charges the record `elapsed` milliseconds. kDue: it was taken out, and `elapsed` is what it is
+  // overdue. kNotDue: `elapsed` is 0. kGone: it was not ahead any more.
   enum class Charged { kDue, kNotDue, kGone };
   Charged Charge(MP_SocketItem* item, int* elapsed);
 

@@ -39,6 +39,10 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   // As Send, of bytes that stay the caller's. `length` is above 0.
   int SendBytes(unsigned long id, const char* data, int length);
 
+  // The one that was made after this.
+  MP_SocketManager* next() const { return next_; }
+  void SetNext(MP_SocketManager* next) { next_ = next; }
+
   // False if the system has refused what it needs.
   bool IsSound() const { return port_ != nullptr; }
 
@@ -66,6 +70,7 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   MP_UdpReceiver udp_;
   std::unique_ptr<Kalvo_Thread> transferThread_;
   std::unique_ptr<Kalvo_Thread> connectThread_;
+  MP_SocketManager* next_ = nullptr;
   bool stopped_ = false;
   std::atomic<bool> busy_{false};
   std::atomic<int> kind_{MANAGER_SHARED};

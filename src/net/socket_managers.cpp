@@ -1,34 +1,38 @@
 #include "net/socket_managers.h"
 
 #include <memory>
+#include <mutex>
 #include <new>
-#include <vector>
 
-#include "frame/process_object.h"
 #include "net/engine_call.h"
 
 namespace socket_managers {
 namespace {
 
-struct Registry {
-  Registry() { Kalvo_SOCK_Init(); }
-
-  MP_Lock lock;
-  std::vector<MP_SocketManager*> managers;
-};
-
-ProcessObject<Registry> theRegistry;
+// Nothing of these is ever destroyed: threads that the library does not know may come until the
+// process has ended. Recursive, for hosts that make handlers when they are told of new threads.
+std::recursive_mutex lock;
+MP_SocketManager* first = nullptr;
+bool open = false;  // from the library's start to its stop
 
 constexpr std::uint32_t kPatienceMs = 100;
+
+template <class Do>
+void ForEach(Do what) {
+  for (MP_SocketManager* manager = first; manager != nullptr; manager = manager->next()) {
+    what(manager);
+  }
+}
 
 }  // namespace
 
 MP_SocketManager* GetManager(int kind) {
-  Registry* const registry = theRegistry.Get();
-  if (registry == nullptr) return nullptr;
-  Kalvo_AutoLock guard(&registry->lock);
+  const std::lock_guard<std::recursive_mutex> guard(lock);
+  if (!open) return nullptr;
   const bool server = kind == MANAGER_SERVER;
-  for (MP_SocketManager* manager : registry->managers) {
+  MP_SocketManager* last = nullptr;
+  for (MP_SocketManager* manager = first; manager != nullptr; manager = manager->next()) {
+    last = manager;
     if (manager->GetKind() != kind || (server && manager->GetBusy())) continue;
     manager->SetBusy(server);
     return manager;
@@ -37,65 +41,60 @@ MP_SocketManager* GetManager(int kind) {
   if (made == nullptr || !made->IsSound()) return nullptr;
   made->SetKind(kind);
   made->SetBusy(server);
-  registry->managers.push_back(made.get());
+  if (last != nullptr) {
+    last->SetNext(made.get());
+  } else {
+    first = made.get();
+  }
   return made.release();
 }
 
 MP_SocketManager* FindManager(Kalvo_SocketManagerHelper* manager) {
-  Registry* const registry = theRegistry.Get();
-  if (registry == nullptr) return nullptr;
-  Kalvo_AutoLock guard(&registry->lock);
-  for (MP_SocketManager* one : registry->managers) {
-    if (one == manager) return one;
-  }
-  return nullptr;
+  const std::lock_guard<std::recursive_mutex> guard(lock);
+  MP_SocketManager* found = nullptr;
+  ForEach([&](MP_SocketManager* one) { found = one == manager ? one : found; });
+  return found;
 }
 
-void Make() { theRegistry.Get(); }
+void Make() {
+  Kalvo_SOCK_Init();
+  const std::lock_guard<std::recursive_mutex> guard(lock);
+  open = true;
+}
 
 // Handlers may still be in use in other threads, which are stopped after this.
 void Stop() {
-  Registry* const registry = theRegistry.Peek();
-  if (registry == nullptr) return;
-  std::vector<MP_SocketManager*> managers;
   {
-    Kalvo_AutoLock guard(&registry->lock);
-    managers = registry->managers;
+    const std::lock_guard<std::recursive_mutex> guard(lock);
+    open = false;
   }
-  for (MP_SocketManager* manager : managers) manager->NotifyQuit();
-  for (MP_SocketManager* manager : managers) manager->StopThreads();
+  ForEach([](MP_SocketManager* manager) { manager->NotifyQuit(); });
+  ForEach([](MP_SocketManager* manager) { manager->StopThreads(); });
 }
 
 // Threads that the library does not know may still be inside, when the process ends before them.
 // Then the system gets the memory.
 void Free() {
-  Registry* const registry = theRegistry.Peek();
-  if (registry == nullptr) return;
   MP_EngineCall::EndTime();
-  if (MP_EngineCall::WaitUntilNone(kPatienceMs)) {
-    for (MP_SocketManager* manager : registry->managers) delete manager;
+  const bool unused = MP_EngineCall::WaitUntilNone(kPatienceMs);
+  while (first != nullptr) {
+    MP_SocketManager* const manager = first;
+    first = manager->next();
+    if (unused) delete manager;
   }
-  theRegistry.Free();
 }
 
-void Hold() {
-  if (Registry* registry = theRegistry.Peek()) registry->lock.Lock();
-}
-
-void Release() {
-  if (Registry* registry = theRegistry.Peek()) registry->lock.Unlock();
-}
+void Hold() { lock.lock(); }
+void Release() { lock.unlock(); }
 
 // What other threads had under way in the managers cannot be brought to an end, so they are left
 // as they are, and no handler finds them any more.
 void GoOnInChild() {
-  Registry* const registry = theRegistry.Peek();
-  if (registry == nullptr) return;
   MP_EngineCall::EndTime();
   MP_EngineCall::ForgetOthers();
-  for (MP_SocketManager* manager : registry->managers) manager->Abandon();
-  registry->managers.clear();
-  registry->lock.Unlock();
+  ForEach([](MP_SocketManager* manager) { manager->Abandon(); });
+  first = nullptr;
+  new (&lock) std::recursive_mutex;  // the old one knows its owner by a number of the parent's
 }
 
 }  // namespace socket_managers

@@ -8,7 +8,7 @@
 namespace socket_managers {
 
 // The first of its kind; of servers' the first that is not in use, which is in use from then on.
-// If there is none, one is made. Null if that failed.
+// If there is none, one is made. Null if that failed, and when the library has stopped.
 MP_SocketManager* GetManager(int kind);
 
 // The manager, if it is one of these; else null.

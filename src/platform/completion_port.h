@@ -6,8 +6,8 @@
 // tell it from one of an earlier socket. Nothing is handed out any more for a socket that was
 // removed, whatever had happened by then, nor for the next one that gets its number.
 //
-// Arming a read makes no system call, and a completion shares its system call with all that
-// happened at that time.
+// Arming a read of a stream makes no system call, and a completion shares its system call with
+// all that happened at that time.
 
 #ifndef KALVOBASE_SRC_PLATFORM_COMPLETION_PORT_H_
 #define KALVOBASE_SRC_PLATFORM_COMPLETION_PORT_H_
@@ -51,7 +51,7 @@ void port_abandon(CompletionPort* port);
 enum class PortSocket { kStream, kDatagram, kListener };
 
 // Adds a socket: its tag, or 0 on failure. It is removed before it is closed. These and all
-// that follow may be called from any thread, but for port_wait.
+// that follow may be called from any thread, but for port_wait and port_next.
 PortTag port_add(CompletionPort* port, int socket, PortSocket kind, std::uint32_t key,
                  void* context);
 void port_remove(CompletionPort* port, PortTag tag);
@@ -71,8 +71,8 @@ enum class PortReadAfter {
 // False on failure.
 bool port_read(CompletionPort* port, PortTag tag, PortReadAfter after);
 
-// The same for a datagram socket, and it completes after `ms` milliseconds whatever there is to
-// read.
+// The same for a datagram socket, but it completes after `ms` milliseconds, whatever there is to
+// read then.
 bool port_read_later(CompletionPort* port, PortTag tag, std::uint32_t ms);
 
 // Starts a write: the number of bytes that went out at once, or kTransferFailed. If these are

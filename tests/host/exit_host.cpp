@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "ping.h"
 
@@ -52,7 +53,7 @@ unsigned long Use(void* thread) {
   return 0;
 }
 
-Pong* const pong = new Pong;
+Pong* pong = nullptr;
 
 // Sends through an engine that is taken down.
 unsigned long Send(void* thread) {
@@ -97,11 +98,13 @@ int main(int argc, char** argv) {
     for (;;) pause();
   }
   if (std::strcmp(how, "network") == 0) {
+    pong = new Pong;
     pong->client.onData = [] { std::exit(0); };
     pong->Start();
     for (;;) pause();
   }
   if (std::strcmp(how, "fork") == 0) {
+    pong = new Pong;
     pong->Start();
     if (!Plays(pong)) return 2;
     const pid_t child = fork();
@@ -110,9 +113,8 @@ int main(int argc, char** argv) {
       if (pong->client.SendData("x", 1) != 0) std::_Exit(3);
       pong->client.Close();
       pong->Close();
-      Pong own;
-      own.Start();
-      std::exit(Plays(&own) ? 0 : 4);
+      pong->Start();
+      std::exit(Plays(pong) ? 0 : 4);
     }
     int status = -1;
     waitpid(child, &status, 0);
@@ -120,11 +122,22 @@ int main(int argc, char** argv) {
     return Plays(pong) && Plays(pong) ? 0 : 6;
   }
   if (std::strcmp(how, "sending") == 0) {
+    pong = new Pong;
     pong->Start();
     static Kalvo_Thread* threads[2];
     for (Kalvo_Thread*& thread : threads) {
       thread = new Kalvo_Thread(Send, &thread, 0, "send", nullptr, 0);
       thread->Resume();
+    }
+    // These the library does not know.
+    for (int i = 0; i < 2; ++i) {
+      std::thread([] {
+        for (;;) {
+          Ping client;
+          client.Connect("127.0.0.1", pong->GetLocalAddr()->GetPort());
+          pong->client.SendData("p", 1);
+        }
+      }).detach();
     }
     Kalvo_Thread_Sleep(200);
     return 0;

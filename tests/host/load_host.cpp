@@ -53,7 +53,7 @@ void LoadPlugin(const char* plugin, const char* library, const char* directory, 
   void* const loaded = dlopen(plugin, RTLD_NOW);
   if (loaded == nullptr) Fail(dlerror());
   Find<void (*)(const char*)>(loaded, "StartEverything")(directory);
-  if (handlers) Find<void (*)()>(loaded, "StartHandlers")();
+  if (handlers && !Find<bool (*)()>(loaded, "StartHandlers")()) Fail("handlers do not work");
   dlclose(loaded);
   if (dlopen(library, RTLD_NOW | RTLD_NOLOAD) != nullptr) Fail("it stays loaded");
 }

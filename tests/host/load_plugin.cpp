@@ -58,8 +58,9 @@ extern "C" void StartEverything(const char* directory) {
 }
 
 // Handlers are the host's, so these go with it, just before the library does.
-extern "C" void StartHandlers() {
+extern "C" bool StartHandlers() {
   static Pong pong;
   pong.Start();
-  for (int i = 0; i < 2000 && pong.client.count == 0; ++i) Kalvo_Thread_Sleep(1);
+  for (int i = 0; i < 10000 && pong.client.count == 0; ++i) Kalvo_Thread_Sleep(1);
+  return pong.client.count > 0;
 }

@@ -24,7 +24,8 @@
 namespace {
 
 using support::Client;
-using support::Server;
+using support::ConnectTo;
+using support::Reset;
 
 #ifdef KALVOBASE_SANITIZED
 constexpr bool kSanitized = true;
@@ -83,18 +84,6 @@ class EchoServer : public Kalvo_TcpServerHandler {
   // Some of them may live longer than the server.
   const std::shared_ptr<std::atomic<int>> living_ = std::make_shared<std::atomic<int>>(0);
 };
-
-int ConnectTo(int port) {
-  Kalvo_SocketAddr address;
-  address.Init("127.0.0.1", port);
-  return Kalvo_SOCK_Connect(&address, -1);
-}
-
-void Reset(int socket) {
-  const linger hard = {1, 0};
-  setsockopt(socket, SOL_SOCKET, SO_LINGER, &hard, sizeof(hard));
-  close(socket);
-}
 
 // Connections that send from two threads, are closed at any moment and by either side, and come
 // again.
@@ -282,10 +271,9 @@ TEST(EngineLoad, WithoutDescriptors) {
   Client before;
   before.Connect("127.0.0.1", server.port());
   ASSERT_TRUE(before.events.WaitForCount(1));
-  support::Listener room;  // of the peer, whose sockets are made beforehand
-  std::vector<int> peers;
+  std::vector<int> peers;  // made beforehand
   for (int i = 0; i < 5; ++i) peers.push_back(socket(AF_INET, SOCK_STREAM, 0));
-  while (server.living() < 1) usleep(1000);
+  ASSERT_TRUE(before.SendData("a", 1) == 1 && before.events.WaitForBytes(1));
 
   rlimit limit;
   getrlimit(RLIMIT_NOFILE, &limit);
@@ -307,7 +295,7 @@ TEST(EngineLoad, WithoutDescriptors) {
   EXPECT_LT(clock() - busy, CLOCKS_PER_SEC / 10);
   EXPECT_EQ(server.living(), 1);
   EXPECT_EQ(before.SendData("works", 5), 5);
-  EXPECT_TRUE(before.events.WaitForBytes(5));
+  EXPECT_TRUE(before.events.WaitForBytes(6));
 
   for (const int number : held) close(number);
   setrlimit(RLIMIT_NOFILE, &limit);
@@ -324,10 +312,11 @@ TEST(EngineLoad, WithoutDescriptors) {
 
 // 64 connects are under way at a time, and those that were closed make room.
 TEST(EngineLoad, ConnectsWaitForASlot) {
+  support::DeafListener deaf;
   std::vector<std::unique_ptr<Client>> silent;
   for (int i = 0; i < 64; ++i) {
     silent.push_back(std::make_unique<Client>());
-    silent.back()->Connect("192.0.2.66", 9);  // does not answer
+    silent.back()->Connect("127.0.0.1", deaf.port());
   }
   usleep(300000);
   EchoServer server;

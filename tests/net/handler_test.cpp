@@ -186,15 +186,38 @@ TEST(Handler, MayDoAnythingInACall) {
   struct Suicide : Client {
     explicit Suicide(support::Events* told) : told_(told) {}
     ~Suicide() override { Close(); }
-    void OnConnectOk(Kalvo_SocketAddr* peer, int) override {
-      told_->Add(peer->GetAddr());
+    void OnConnectOk(Kalvo_SocketAddr*, int) override { End(); }
+    int OnConnectFaild(Kalvo_SocketAddr*, int) override { return End(); }
+    int End() {
+      told_->Add("end");
       delete this;
+      return 0;
     }
     support::Events* told_;
   };
   support::Events told;
-  (new Suicide(&told))->Connect("127.0.0.1", server.port());
-  EXPECT_TRUE(told.WaitForCount(1));
+  for (int i = 0; i < 20; ++i) {
+    (new Suicide(&told))->Connect("127.0.0.1", i % 2 == 0 ? server.port() : port);
+  }
+  EXPECT_TRUE(told.WaitForCount(20));
+}
+
+Client* forwarding = nullptr;
+
+// A host whose log function sends what it is told.
+TEST(Handler, MaySendWhatIsLogged) {
+  Server server;
+  Client client;
+  forwarding = &client;
+  SetKalvo_KernelDebugLogFunction(
+      [](int, const char* format, va_list) { forwarding->SendData(format, 10); });
+  client.Connect("127.0.0.1", server.port());
+  EXPECT_EQ(client.SendData("early", 5), 5);
+  ASSERT_TRUE(client.events.WaitForCount(1));
+  server.first()->Close();
+  EXPECT_TRUE(client.events.WaitForCount(2));
+  for (int i = 0; i < 5; ++i) client.SendData("late", 4);
+  ResetKalvo_KernelDebugLogFunction();
 }
 
 TEST(Handler, NothingIsCalledAfterClose) {
@@ -225,8 +248,9 @@ TEST(Handler, ClosesWhileItWaitsOrConnects) {
   waiting.Connect("127.0.0.1", ClosedPort());
   ASSERT_TRUE(waiting.events.WaitForCount(1));
   waiting.Close();
+  support::DeafListener deaf;
   Client connecting;
-  connecting.Connect("192.0.2.55", 9);  // does not answer
+  connecting.Connect("127.0.0.1", deaf.port());
   usleep(250000);
   connecting.Close();
   EXPECT_FALSE(waiting.events.WaitForCount(2, kQuiet));
@@ -241,10 +265,8 @@ TEST(Handler, RefusesClients) {
     if (++asked % 2 == 0) throw std::runtime_error("refused");
     return false;
   };
-  Kalvo_SocketAddr address;
-  address.Init("127.0.0.1", server.port());
   for (int i = 0; i < 1000; ++i) {
-    const int peer = Kalvo_SOCK_Connect(&address, -1);
+    const int peer = support::ConnectTo(server.port());
     char byte;
     ASSERT_LE(recv(peer, &byte, 1, 0), 0);
     close(peer);
@@ -296,6 +318,7 @@ TEST(Handler, ListensWhereItCan) {
   EXPECT_EQ(other.Listen("127.0.0.1", server.port()), 0u);
   EXPECT_EQ(channel.Logged("bind"), Words{"-4097 <error> server bind error [10048]!!!"});
   EXPECT_EQ(other.Listen("::1", 0), 0u);
+  EXPECT_EQ(other.Listen("no.such.host.invalid", 0), 0u);
   EXPECT_NE(other.Listen("", 0), 0u);
   EXPECT_STREQ(other.GetLocalAddr()->GetAddr(), "0.0.0.0");
   Client client;

@@ -33,12 +33,6 @@ constexpr std::size_t kMuch = std::size_t{8} << 20;
 constexpr std::size_t kMuch = std::size_t{64} << 20;
 #endif
 
-int ConnectTo(Server* server) {
-  Kalvo_SocketAddr address;
-  address.Init("127.0.0.1", server->port());
-  return Kalvo_SOCK_Connect(&address, -1);
-}
-
 std::string RandomBytes(std::size_t size) {
   std::mt19937 engine(5);
   std::string bytes(size, '\0');
@@ -248,7 +242,7 @@ TEST(Transfer, EndsWhatHandlersDoWrong) {
 TEST(Transfer, WaitsForMoreAndEndsForGood) {
   Server server(
       [](Client* client) { client->onAlloc = [](long& size) { size = std::max(size, 10L); }; });
-  const int peer = ConnectTo(&server);
+  const int peer = support::ConnectTo(server.port());
   send(peer, "01234", 5, 0);
   usleep(50000);
   send(peer, "56789", 5, 0);
@@ -272,15 +266,16 @@ TEST(Transfer, TellsHowAConnectionEnded) {
 
   Channel channel;
   Connected reset;
+  reset.client.onLost = []() -> int { throw 1; };
   reset.Tell("before");
   ASSERT_TRUE(reset.client.events.WaitForBytes(6));
-  const linger hard = {1, 0};
-  setsockopt(reset.peer, SOL_SOCKET, SO_LINGER, &hard, sizeof(hard));
-  close(reset.peer);
+  support::Reset(reset.peer);
   reset.peer = -1;
   ASSERT_TRUE(reset.client.events.WaitForCount(2));
   EXPECT_EQ(reset.client.events.all().back(), "lost 10054");
-  EXPECT_EQ(channel.Logged("warning"), Words{"1 <warning> doTransfer error[10054]!!!"});
+  reset.client.Close();
+  EXPECT_EQ(channel.Logged("<"), (Words{"1 <warning> doTransfer error[10054]!!!",
+                                        "-4097 <error> disconnect 1 process fatal error!!"}));
 
   // All that came before the end arrives.
   const std::string much(100000, 'm');
@@ -353,17 +348,84 @@ TEST(Transfer, TellsOfASendThatWasUnderWay) {
   EXPECT_EQ(connected.client.events.all(), (Words{"ok 1", "lost 0", "failed 10053"}));
 }
 
-// Urgent data is not a part of what is read, and does not end the connection.
+// What has come before the engine looks for the first time, whatever that is.
+struct Arrived {
+  explicit Arrived(const std::function<void(int)>& tell, std::function<void(long&)> onAlloc = {})
+      : server([this, onAlloc](Client* client) {
+          client->onAlloc = onAlloc;
+          client->onOk = [this] { told.Wait([this](auto&, auto&) { return done.load(); }); };
+        }) {
+    peer = support::ConnectTo(server.port());
+    tell(peer);
+    usleep(20000);  // until all of it is there
+    done = true;
+    told.Add("done");
+  }
+  ~Arrived() { close(peer); }
+
+  support::Events told;
+  std::atomic<bool> done{false};
+  Server server;
+  int peer = -1;
+};
+
+void TellBytes(int peer, std::size_t size) {
+  const std::string bytes(size, 'x');
+  send(peer, bytes.data(), size, 0);
+}
+
+TEST(Transfer, TellsHowMuchThereIs) {
+  std::vector<long> sizes;
+  Arrived messages([](int peer) { TellBytes(peer, 12000); },
+                   [&](long& size) {
+                     sizes.push_back(size);
+                     size = size >= 3000 ? 3000 : 0;
+                   });
+  EXPECT_TRUE(messages.server.first()->events.WaitForBytes(12000));
+  messages.server.first()->Close();
+  EXPECT_EQ(sizes, (std::vector<long>{12000, 9000, 6000, 3000}));
+
+  // A size that was raised takes of what is in the socket.
+  std::vector<long> wanted = {3000, 6000};
+  Arrived raised([](int peer) { TellBytes(peer, 12000); },
+                 [&](long& size) {
+                   if (wanted.empty()) return;
+                   size = wanted.front();
+                   wanted.erase(wanted.begin());
+                 });
+  EXPECT_TRUE(raised.server.first()->events.WaitForBytes(12000));
+}
+
+TEST(Transfer, AResetIsToldBehindAnyNumberOfBytes) {
+  for (const std::size_t size : {1u, 8191u, 8192u, 8193u, 20000u}) {
+    for (const long most : {100000l, 4096l}) {
+      Arrived reset(
+          [size](int peer) {
+            TellBytes(peer, size);
+            usleep(5000);
+            support::Reset(dup(peer));
+            shutdown(peer, SHUT_RDWR);
+          },
+          [most](long& available) { available = std::min(available, most); });
+      Client* const client = reset.server.first();
+      ASSERT_TRUE(client->events.WaitForCount(2));
+      EXPECT_EQ(client->events.bytes().size(), size);
+    }
+  }
+}
+
+// Urgent data is not a part of what is read, and hides nothing of it.
 TEST(Transfer, UrgentDataIsPassedOver) {
-  Connected connected;
-  connected.Tell("a");
-  send(connected.peer, "!", 1, MSG_OOB);
-  usleep(20000);
-  connected.Tell("b");
-  usleep(20000);
-  connected.Tell("c");
-  EXPECT_TRUE(connected.client.events.WaitForBytes(3));
-  EXPECT_EQ(connected.client.events.bytes(), "abc");
+  for (const std::size_t size : {3u, 8192u, 10000u}) {
+    Arrived urgent([size](int peer) {
+      TellBytes(peer, size);
+      send(peer, "!", 1, MSG_OOB);
+      TellBytes(peer, size);
+    });
+    EXPECT_TRUE(urgent.server.first()->events.WaitForBytes(2 * size)) << size;
+    EXPECT_EQ(urgent.server.first()->events.bytes(), std::string(2 * size, 'x'));
+    EXPECT_EQ(urgent.server.first()->events.all().size(), 1u);
+  }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/channel.h"
@@ -66,7 +67,10 @@ struct Ports {
 TEST(Udp, GoesBothWays) {
   Port closed;
   Kalvo_SocketAddr nobody;
-  EXPECT_EQ(closed.SendData(&nobody, "a", 1), -1);
+  Kalvo_SocketAddr somebody;
+  somebody.Init("127.0.0.1", 9);
+  EXPECT_EQ(closed.SendData(&somebody, "a", 1), -1);
+  EXPECT_EQ(closed.Printf(&somebody, "a"), -1);
   closed.ExitBroadcastGroup("239.1.2.3");
   closed.AddBroadcastGroup("239.1.2.3", 1);
   closed.EnableBroadcast(1);
@@ -92,6 +96,13 @@ TEST(Udp, GoesBothWays) {
   for (int i = 0; i < 50; ++i) ports.Send("n" + std::to_string(i));
   ASSERT_TRUE(ports.receiver.events.WaitForCount(52));
   EXPECT_EQ(ports.receiver.events.all().back(), "3 n49");
+
+  EXPECT_EQ(closed.Open("no.such.host.invalid", 0), 0u);
+  Kalvo_SocketAddr everybody;
+  everybody.Init("127.255.255.255", ports.receiver.port());
+  EXPECT_EQ(ports.sender.SendData(&everybody, "a", 1), -1);
+  ports.sender.EnableBroadcast(1);
+  EXPECT_EQ(ports.sender.SendData(&everybody, "a", 1), 1);
 
   const int port = ports.receiver.port();
   ports.receiver.Close();
@@ -159,6 +170,46 @@ TEST(Udp, WhatHandlersDoWrong) {
   EXPECT_NE(dead.receiver.Open("127.0.0.1", 0), 0u);
 }
 
+// A port answers, closes, opens itself again and goes in the calls of the engine, while others
+// keep sending to it.
+TEST(Udp, MayDoAnythingInACall) {
+  Ports ports;
+  std::atomic<bool> over{false};
+  std::thread flood([&] {
+    while (!over) ports.Send("flood");
+  });
+  const int port = ports.receiver.port();
+  std::atomic<int> answered{0};
+  ports.receiver.onData = [&] {
+    if (ports.receiver.SendData(&ports.to, "self", 4) == 4) ++answered;
+    ports.receiver.Close();
+    return ports.receiver.Open("127.0.0.1", port) != 0 ? 0 : -1;
+  };
+  EXPECT_TRUE(ports.receiver.events.WaitForCount(200));
+  over = true;
+  flood.join();
+  ports.receiver.Close();
+  EXPECT_EQ(answered, ports.receiver.events.all().size());
+
+  struct Suicide : Port {
+    int OnDataOk(void*, long, Kalvo_SocketAddr*, Kalvo_SocketAddr*) override {
+      support::Events* const told = told_;
+      delete this;
+      told->Add("gone");
+      return 0;
+    }
+    support::Events* told_ = nullptr;
+  };
+  support::Events told;
+  auto* const suicide = new Suicide;
+  suicide->told_ = &told;
+  suicide->Open("127.0.0.1", 0);
+  Kalvo_SocketAddr to;
+  to.Init("127.0.0.1", suicide->port());
+  for (int i = 0; i < 3; ++i) ports.sender.SendData(&to, "x", 1);
+  EXPECT_TRUE(told.WaitForCount(1));
+}
+
 TEST(Udp, MulticastGroups) {
   Port first;
   ASSERT_NE(first.OpenBroadCastPort(nullptr, 0), 0u);
@@ -166,10 +217,10 @@ TEST(Udp, MulticastGroups) {
   ASSERT_NE(first.OpenBroadCastPort("0.0.0.0", 0), 0u);
   Port second;
   ASSERT_NE(second.OpenBroadCastPort("0.0.0.0", first.port()), 0u);
-  for (Port* port : {&first, &second}) port->AddBroadcastGroup("239.77.66.55", 0);
+  for (Port* port : {&first, &second, &second}) port->AddBroadcastGroup("239.77.66.55", 0);
   Kalvo_SocketAddr group;
   group.Init("239.77.66.55", first.port());
-  ASSERT_GT(first.SendData(&group, "all", 3), 0);
+  if (first.SendData(&group, "all", 3) < 0) GTEST_SKIP() << "no way to a group";
   ASSERT_TRUE(first.events.WaitForCount(1));
   ASSERT_TRUE(second.events.WaitForCount(1));
   second.ExitBroadcastGroup("239.77.66.55");

@@ -37,6 +37,41 @@ class Listener {
   int socket_ = -1;
 };
 
+// A plain socket that is connected to a port of this machine.
+inline int ConnectTo(int port) {
+  Kalvo_SocketAddr address;
+  address.Init("127.0.0.1", port);
+  return Kalvo_SOCK_Connect(&address, -1);
+}
+
+// Ends a connection as a crash of the machine would.
+inline void Reset(int socket) {
+  const linger hard = {1, 0};
+  setsockopt(socket, SOL_SOCKET, SO_LINGER, &hard, sizeof(hard));
+  close(socket);
+}
+
+// A listener that does not answer: its backlog is full.
+class DeafListener {
+ public:
+  DeafListener() {
+    listen(listener_.socket(), 0);
+    for (int& client : clients_) {
+      client = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+      connect(client, listener_.address.GetInfo()->ai_addr, 16);
+    }
+    usleep(10000);
+  }
+  ~DeafListener() {
+    for (const int client : clients_) close(client);
+  }
+  int port() { return listener_.port(); }
+
+ private:
+  Listener listener_;
+  int clients_[3];
+};
+
 }  // namespace support
 
 #endif  // KALVOBASE_TESTS_SUPPORT_SOCKETS_H_
