@@ -34,13 +34,14 @@ void MP_ConnectQueue::BeginPass() {
 
 MP_SocketItem* MP_ConnectQueue::Head() {
   const MP_ShieldedGuard guard(&lock_);
-  MP_SocketItem* const head = Item(items_.PeekHead(0));
-  return head != nullptr && head->connectTurn != turn_ ? head : nullptr;
+  MP_SocketItem* item = Item(items_.PeekHead(0));
+  while (item != nullptr && item->connectTurn == turn_) item = Item(item->Next());
+  return item;
 }
 
 MP_ConnectQueue::Charged MP_ConnectQueue::Charge(MP_SocketItem* item, int* elapsed) {
   const MP_ShieldedGuard guard(&lock_);
-  if (items_.PeekHead(0) != item) return Charged::kGone;
+  if (item->GetOwner() != &items_ || item->connectTurn == turn_) return Charged::kGone;
   item->connectDelay -= *elapsed;
   if (item->connectDelay > 0) {
     *elapsed = 0;

@@ -23,11 +23,12 @@ class MP_ConnectQueue {
   // A pass over what is due begins. Records that are put in from now on wait for the next one.
   void BeginPass();
 
-  // The record ahead; null if there is none, or none for this pass.
+  // The record ahead of those that wait for this pass; null if there is none.
   MP_SocketItem* Head();
 
   // Charges the record `elapsed` milliseconds. kDue: it was taken out, and `elapsed` is what it is
-  // overdue. kNotDue: `elapsed` is 0. kGone: it was not ahead any more.
+  // overdue. kNotDue: `elapsed` is 0. kGone: it does not
+  // wait for this pass any more.
   enum class Charged { kDue, kNotDue, kGone };
   Charged Charge(MP_SocketItem* item, int* elapsed);
 

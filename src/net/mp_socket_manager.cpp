@@ -27,6 +27,7 @@ MP_SocketManager::~MP_SocketManager() {
 }
 
 void MP_SocketManager::NotifyQuit() {
+  quitting_ = true;
   if (transferThread_ != nullptr) transferThread_->NotifyQuit();
   if (connectThread_ != nullptr) connectThread_->NotifyQuit();
 }
@@ -97,8 +98,9 @@ unsigned long MP_SocketManager::SockTranferWorkThread(void* self) {
   platform::Completion completion;
   while (manager->transferThread_->Running()) {
     bool more = platform::port_wait(manager->port_, &completion);
-    for (; more; more = platform::port_next(manager->port_, &completion)) {
+    for (int n = 0; more; ++n) {
       manager->Dispatch(completion);
+      more = n < kInARow && !manager->quitting_ && platform::port_next(manager->port_, &completion);
     }
   }
   return 0;

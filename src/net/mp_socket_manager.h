@@ -53,6 +53,8 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   void Abandon();
 
  private:
+  static constexpr int kInARow = 32;  // completions between two signs of life
+
   static unsigned long SockTranferWorkThread(void* self);
   static unsigned long SockConnectWorkThread(void* self);
 
@@ -71,6 +73,7 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   std::unique_ptr<Kalvo_Thread> transferThread_;
   std::unique_ptr<Kalvo_Thread> connectThread_;
   MP_SocketManager* next_ = nullptr;
+  std::atomic<bool> quitting_{false};
   bool stopped_ = false;
   std::atomic<bool> busy_{false};
   std::atomic<int> kind_{MANAGER_SHARED};

@@ -30,13 +30,13 @@ MP_SocketPool::~MP_SocketPool() {
 
 void MP_SocketPool::Abandon() {
   ForEach([](MP_SocketItem* item) {
-    const int socket = item->socket;
-    if (socket < 0) return;
-    item->socket = -1;
     if (item->type == SOCK_KIND_UDP) {
       MP_UdpPort::Of(*static_cast<Kalvo_UdpHandler*>(item->handler)).socket = -1;
     }
-    platform::socket_close(socket);
+    item->type = SOCK_KIND_FREE;
+    item->id = item->id & ~MP_SocketItem::kGenerationMask;
+    if (item->socket >= 0) platform::socket_close(item->socket);
+    item->socket = -1;
   });
 }
 

@@ -35,11 +35,6 @@ int OpenListener(MP_SocketAddr* address) {
   return socket;
 }
 
-void Refuse(int socket) {
-  platform::socket_shutdown(socket);
-  platform::socket_close(socket);
-}
-
 }  // namespace
 
 std::uint32_t MP_TcpAcceptor::Listen(Kalvo_TcpServerHandler* handler) {
@@ -110,17 +105,17 @@ bool MP_TcpAcceptor::PostAccept(const Listener& listener, int index) {
 
 void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completion& accepted) {
   const std::uint32_t id = item->id;
-  MP_SocketAddr::Of(scratchAddr_).Take(accepted.address, accepted.addressLength);
   Kalvo_TcpClientHandler* handler = nullptr;
-  net::CallHandler([&] {
-    handler = static_cast<Kalvo_TcpServerHandler*>(item->handler)->OnAcceptClient(&scratchAddr_);
-  });
-  if (item->id != id) {  // the listener was closed
-    Refuse(accepted.socket);
-    return;
+  if (core_->TakeSocket(item, accepted.socket, platform::PortSocket::kStream)) {
+    MP_SocketAddr::Of(scratchAddr_).Take(accepted.address, accepted.addressLength);
+    net::CallHandler([&] {
+      handler = static_cast<Kalvo_TcpServerHandler*>(item->handler)->OnAcceptClient(&scratchAddr_);
+    });
+    if (item->id != id) return;  // the listener was closed
   }
   if (handler == nullptr) {
-    Refuse(accepted.socket);
+    const MP_SocketItemGuard guard(item);
+    core_->pool()->CloseSocket(item);
     platform::port_accept(core_->port(), accepted.tag, id, item);
     return;
   }
@@ -130,7 +125,7 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
   if (MP_SocketAddr::Of(*item->localAddr).internetBytes() != nullptr) {
     client.localAddr = *item->localAddr;  // the listener's, which stands for no other
   } else {
-    net::TakeOwnAddress(accepted.socket, &MP_SocketAddr::Of(client.localAddr));
+    net::TakeOwnAddress(item->socket, &MP_SocketAddr::Of(client.localAddr));
   }
   client.peerAddr = scratchAddr_;
   client.Adopt(manager_, id);
@@ -149,10 +144,6 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
   // Not before the handler has its id: who closes the listener waits for those that are in its
   // places, and may destroy the handlers right after that.
   PostAccept(listener, index);
-  if (!core_->TakeSocket(item, accepted.socket, platform::PortSocket::kStream)) {
-    core_->Disconnected(item, platform::socket_error());
-    return;
-  }
   if (!net::CallHandler([&] { handler->OnConnectOk(item->peerAddr, 0); })) {
     Kalvo_KernelDebugLog(kError, "<error> process OnConnectOk error!!!!");
   }

@@ -69,7 +69,7 @@ void MP_TcpConnector::RunConnectQueue() {
   const std::uint32_t now = platform::tick_count();
   const auto passed = static_cast<std::int32_t>(now - lastTick_);
   lastTick_ = now;
-  constexpr int kLongest = 1 << 30;
+  constexpr int kLongest = 1 << 29;
   elapsed_ = std::min(elapsed_ + std::min(passed < 0 ? kWaitMs : passed, kLongest), kLongest);
   if (pending_ == kSlots) {
     Sweep();
@@ -116,6 +116,7 @@ int MP_TcpConnector::EmptySlot() const {
 
 // True if a connect is under way.
 bool MP_TcpConnector::TryConnect(MP_SocketItem* item) {
+  if (item->type == SOCK_KIND_FREE) return false;  // in a child that was forked in a call
   MP_SocketAddr* const peer = &MP_SocketAddr::Of(*item->peerAddr);
   MP_SocketAddr* const own =
       item->bindAddr != nullptr ? &MP_SocketAddr::Of(*item->bindAddr) : nullptr;

@@ -11,6 +11,7 @@ unsigned long MP_TcpServer::Listen(Kalvo_TcpServerHandler* handler, const char* 
   if (call.engine() == nullptr) return 0;
   localAddr.Init(host, port);
   call.engine()->SetBusy(true);
+  busy_ = true;
   id_ = static_cast<std::uint32_t>(call.engine()->Listen(handler));
   return id_;
 }
@@ -18,8 +19,9 @@ unsigned long MP_TcpServer::Listen(Kalvo_TcpServerHandler* handler, const char* 
 void MP_TcpServer::Close() {
   const MP_EngineCall call(engine_);
   if (call.engine() != nullptr) {
-    call.engine()->SetBusy(false);
+    if (busy_) call.engine()->SetBusy(false);
     if (id_ != 0) call.engine()->Close(id_);
   }
+  busy_ = false;
   id_ = 0;
 }

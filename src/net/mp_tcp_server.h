@@ -27,6 +27,7 @@ class MP_TcpServer {
 
   std::uint32_t id_ = 0;
   MP_EngineRef engine_;  // its own
+  bool busy_ = true;     // until Close, when another server may take it
 };
 
 #endif  // KALVOBASE_SRC_NET_MP_TCP_SERVER_H_

@@ -13,7 +13,7 @@ namespace {
 // process has ended. Recursive, for hosts that make handlers when they are told of new threads.
 std::recursive_mutex lock;
 MP_SocketManager* first = nullptr;
-bool open = false;  // from the library's start to its stop
+bool open = true;  // not from the stop of the library to its next start
 
 constexpr std::uint32_t kPatienceMs = 100;
 

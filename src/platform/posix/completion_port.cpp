@@ -16,6 +16,7 @@
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/timerfd.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -37,6 +38,8 @@ constexpr std::uint32_t kRetryMs = 100;  // of accepts without a descriptor
 
 // So many rounds of what is due go by before the system is asked again.
 constexpr int kRoundsInARow = 8;
+
+constexpr std::int64_t kShortWaitNs = 50000;
 
 // No socket has these tags, since no stamp is 0.
 constexpr PortTag kWakeTag = PortTag{0} << 32;
@@ -93,6 +96,12 @@ void Fill(Completion* completion, PortOperation operation, std::uint32_t key, vo
   completion->socket = -1;
 }
 
+std::int64_t Nanoseconds() {
+  timespec now;
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<std::int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
 }  // namespace
 
 struct CompletionPort {
@@ -102,6 +111,7 @@ struct CompletionPort {
   // These expect the lock to be held.
   Entry* Find(PortTag tag);
   bool Watch(PortTag tag, Entry* entry);
+  void WatchOrRetry(PortTag tag, Entry* entry);
   void Unwatch(Entry* entry);
   bool AddDue(const Due& due);
 
@@ -125,6 +135,7 @@ struct CompletionPort {
   bool TakeDue(const Due& due, Completion* completion);
   bool TakeRead(PortTag tag, Entry* entry, Completion* completion);
   bool TakeAccept(PortTag tag, Entry* entry, Completion* completion);
+  int Wait(int ms);
   int MsToSleep();
   void DoLater();
 
@@ -135,6 +146,8 @@ struct CompletionPort {
   std::vector<Due> round_;
   std::size_t nextDue_ = 0;
   int rounds_ = 0;
+  const bool severalProcessors_ = sysconf(_SC_NPROCESSORS_ONLN) > 1;
+  bool lastWaitWasShort_ = false;
 };
 
 bool CompletionPort::Open() {
@@ -175,6 +188,11 @@ bool CompletionPort::Watch(PortTag tag, Entry* entry) {
   event.data.u64 = tag;
   entry->watched = epoll_ctl(epoll, EPOLL_CTL_ADD, entry->socket, &event) == 0;
   return entry->watched;
+}
+
+// Watching can fail for want of memory.
+void CompletionPort::WatchOrRetry(PortTag tag, Entry* entry) {
+  if (!Watch(tag, entry)) later.push_back({tag, tick_count() + kRetryMs});
 }
 
 void CompletionPort::Unwatch(Entry* entry) {
@@ -300,7 +318,7 @@ void CompletionPort::Ask() {
     sleep = asleep ? MsToSleep() : 0;
   }
   nextReport_ = 0;
-  reported_ = epoll_wait(epoll, reports_, kBatch, sleep);
+  reported_ = Wait(sleep);
   if (reported_ < 0) {
     if (errno != EINTR) sleep_ms(kPortWaitMs);  // a port that is of no use must not spin
     reported_ = 0;
@@ -309,6 +327,20 @@ void CompletionPort::Ask() {
   const std::lock_guard<std::mutex> guard(lock);
   asleep = false;
   if (!later.empty()) DoLater();
+}
+
+// Waking a thread takes longer than many an answer takes to come, so after a short wait the next
+// one looks for a moment before it sleeps. With one processor nobody could answer meanwhile.
+int CompletionPort::Wait(int ms) {
+  if (ms == 0) return epoll_wait(epoll, reports_, kBatch, 0);
+  const std::int64_t start = Nanoseconds();
+  int count = 0;
+  while (count == 0 && lastWaitWasShort_ && Nanoseconds() - start < kShortWaitNs) {
+    count = epoll_wait(epoll, reports_, kBatch, 0);
+  }
+  if (count == 0) count = epoll_wait(epoll, reports_, kBatch, ms);
+  lastWaitWasShort_ = severalProcessors_ && Nanoseconds() - start < kShortWaitNs;
+  return count;
 }
 
 int CompletionPort::MsToSleep() {
@@ -333,8 +365,8 @@ void CompletionPort::DoLater() {
     if (entry == nullptr) continue;
     if (entry->kind == PortSocket::kDatagram) {
       due.push_back({PortOperation::kRead, 0, nullptr, tag});
-    } else if (!Watch(tag, entry)) {
-      later.push_back({tag, now + kRetryMs});
+    } else {
+      WatchOrRetry(tag, entry);
     }
   }
 }
@@ -415,7 +447,8 @@ bool port_read(CompletionPort* port, PortTag tag, PortReadAfter after) {
   }
   if (entry->kind == PortSocket::kDatagram) {
     entry->readWaits = true;
-    return port->Watch(tag, entry);
+    port->WatchOrRetry(tag, entry);
+    return true;
   }
   const bool more =
       after == PortReadAfter::kMore || (after == PortReadAfter::kTaken && entry->urgent);
@@ -472,7 +505,7 @@ void port_accept(CompletionPort* port, PortTag listener, std::uint32_t key, void
   Entry* const entry = port->Find(listener);
   if (entry == nullptr) return;
   entry->accepts->push_back({key, context});
-  if (!entry->watched) port->Watch(listener, entry);
+  port->WatchOrRetry(listener, entry);
 }
 
 bool port_wait(CompletionPort* port, Completion* completion) {
