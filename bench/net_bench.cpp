@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -50,9 +51,12 @@ int Start(Serve serve, Service service) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     RunOn(kServerCore);
     close(pipes[0]);
-    serve(service, [&](int port) {
-      if (write(pipes[1], &port, sizeof(port)) != sizeof(port)) _exit(1);
+    std::thread server([&] {
+      serve(service, [&](int port) {
+        if (write(pipes[1], &port, sizeof(port)) != sizeof(port)) _exit(1);
+      });
     });
+    server.join();
   }
   close(pipes[1]);
   int port = 0;

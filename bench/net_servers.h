@@ -1,7 +1,8 @@
 // The servers that the network benchmarks load: the library's and those of its peers.
 //
-// Each runs on one thread of a process of its own. It listens on a port of 127.0.0.1 that the
-// system chooses, tells it, and serves until the process is killed.
+// Each serves on one thread of a process of its own, which has others, as a host has: system calls
+// cost more there. It listens on a port of 127.0.0.1 that the system chooses, tells it, and serves
+// until the process is killed.
 
 #ifndef KALVOBASE_BENCH_NET_SERVERS_H_
 #define KALVOBASE_BENCH_NET_SERVERS_H_

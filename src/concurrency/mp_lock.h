@@ -24,19 +24,30 @@ class MP_Lock : public Kalvo_BaseLock {
   platform::Lock* lock_;
 };
 
+// Kalvo_AutoLock for a lock of the library's own, without its calls.
+class MP_Guard {
+ public:
+  explicit MP_Guard(MP_Lock* lock) : lock_(lock) { lock_->MP_Lock::Lock(); }
+  MP_Guard(const MP_Guard&) = delete;
+  MP_Guard& operator=(const MP_Guard&) = delete;
+  ~MP_Guard() { lock_->MP_Lock::Unlock(); }
+
+ private:
+  MP_Lock* const lock_;
+};
+
 // Holds a lock of the library's own for a moment in which no code of the host runs but callbacks
 // of the kernel debug channel. The thread is neither held nor killed meanwhile, since others
 // would wait for the lock for ever.
 class MP_ShieldedGuard {
  public:
-  explicit MP_ShieldedGuard(MP_Lock* lock) : lock_(lock) { lock_->MP_Lock::Lock(); }
+  explicit MP_ShieldedGuard(MP_Lock* lock) : guard_(lock) {}
   MP_ShieldedGuard(const MP_ShieldedGuard&) = delete;
   MP_ShieldedGuard& operator=(const MP_ShieldedGuard&) = delete;
-  ~MP_ShieldedGuard() { lock_->MP_Lock::Unlock(); }
 
  private:
   const platform::ThreadShield shield_;  // before the lock is taken, until it is free
-  MP_Lock* const lock_;
+  const MP_Guard guard_;
 };
 
 #endif  // KALVOBASE_SRC_CONCURRENCY_MP_LOCK_H_

@@ -78,9 +78,8 @@ class MP_SocketItem : public Kalvo_QueueObject {
   Kalvo_SocketAddr* localAddr = nullptr;  // the handler's
   bool reconnect = false;                 // the host made the connection
 
-  // What the handler has declined so far.
+  // What the handler has declined so far, in readBuffer.
   int readBufferCount = 0;
-  char readBuffer[kReadBufferSize];
 
   // What was received beyond what the handler took. It has not seen these bytes yet.
   std::unique_ptr<char[]> leftBehind;  // null: none
@@ -90,8 +89,12 @@ class MP_SocketItem : public Kalvo_QueueObject {
   // The socket held more than was taken.
   bool holdsMore = false;
 
-  // Much came the last time: more than it pays to receive before the handler has room for it.
+  // Of a stream: much came the last time, more than it pays to receive before the handler has room
+  // for it.
   bool receivesMuch = false;
+
+  // Of a datagram socket: how many datagrams to go before looking for another right behind one.
+  int datagramsToGo = 0;
 
   // --- Under sendLock ---------------------------------------------------------------------
 
@@ -113,6 +116,10 @@ class MP_SocketItem : public Kalvo_QueueObject {
 
   int connectDelay = 0;           // milliseconds behind the record ahead
   std::uint32_t connectTurn = 0;  // the pass after which it was put in
+
+  // --- Under stateLock, and seldom used: so it lies behind what is always used -------------------
+
+  char readBuffer[kReadBufferSize];
 };
 
 // Both locks of a record.
@@ -122,8 +129,8 @@ class MP_SocketItemGuard {
       : state_(&item->stateLock), send_(&item->sendLock) {}
 
  private:
-  Kalvo_AutoLock state_;
-  Kalvo_AutoLock send_;
+  const MP_Guard state_;
+  const MP_Guard send_;
 };
 
 #endif  // KALVOBASE_SRC_NET_MP_SOCKET_ITEM_H_

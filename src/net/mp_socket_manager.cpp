@@ -67,7 +67,7 @@ void MP_SocketManager::Close(unsigned long id) {
   if (item == nullptr) return;
   std::unique_ptr<MP_PendingAccept[]> accepts;
   {
-    Kalvo_AutoLock guard(&item->stateLock);
+    const MP_Guard guard(&item->stateLock);
     if (item->id != id32) return;
     accepts = acceptor_.TakeAccepts(item);
     pool_.Free(item);
@@ -109,7 +109,7 @@ unsigned long MP_SocketManager::SockTranferWorkThread(void* self) {
 // What the record has been through since the completion was made decides whether it still counts.
 void MP_SocketManager::Dispatch(const platform::Completion& completion) {
   auto* const item = static_cast<MP_SocketItem*>(completion.context);
-  Kalvo_AutoLock guard(&item->stateLock);
+  const MP_Guard guard(&item->stateLock);
   if (!IsOf(item, completion)) {
     if (completion.socket >= 0) platform::socket_close(completion.socket);
   } else {

@@ -72,11 +72,11 @@ MP_SocketItem* MP_SocketPool::Find(std::uint32_t id) const {
 }
 
 void MP_SocketPool::Free(MP_SocketItem* item) {
-  Kalvo_AutoLock state(&item->stateLock);
+  const MP_Guard state(&item->stateLock);
   if (item->IsIdle()) return;
   connectQueue_->Remove(item);
   {
-    Kalvo_AutoLock send(&item->sendLock);
+    const MP_Guard send(&item->sendLock);
     CloseSocket(item);
     item->id = item->id & ~MP_SocketItem::kGenerationMask;
     item->type = SOCK_KIND_FREE;

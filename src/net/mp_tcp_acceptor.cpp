@@ -62,7 +62,7 @@ std::uint32_t MP_TcpAcceptor::Listen(Kalvo_TcpServerHandler* handler) {
       return 0;
     }
     listener.tag = item->tag;
-    Kalvo_AutoLock accepts(&acceptLock_);
+    const MP_Guard accepts(&acceptLock_);
     item->pendingAccepts = std::make_unique<MP_PendingAccept[]>(kPendingAccepts);
   }
   for (int i = 0; i < kPendingAccepts; ++i) {
@@ -91,7 +91,7 @@ bool MP_TcpAcceptor::PostAccept(const Listener& listener, int index) {
     item->acceptOwner = listener.item;
     item->acceptOwnerId = listener.id;
     item->acceptIndex = index;
-    Kalvo_AutoLock accepts(&acceptLock_);
+    const MP_Guard accepts(&acceptLock_);
     posted = listener.item->id == listener.id && listener.item->pendingAccepts != nullptr;
     if (posted) listener.item->pendingAccepts[static_cast<std::size_t>(index)] = {item, id};
   }
@@ -151,7 +151,7 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
 }
 
 std::unique_ptr<MP_PendingAccept[]> MP_TcpAcceptor::TakeAccepts(MP_SocketItem* listener) {
-  Kalvo_AutoLock guard(&acceptLock_);
+  const MP_Guard guard(&acceptLock_);
   return std::move(listener->pendingAccepts);
 }
 
@@ -160,7 +160,7 @@ void MP_TcpAcceptor::FreeAccepts(std::unique_ptr<MP_PendingAccept[]> accepts) {
   for (int i = 0; i < kPendingAccepts; ++i) {
     const MP_PendingAccept& accept = accepts[static_cast<std::size_t>(i)];
     if (accept.item == nullptr) continue;
-    Kalvo_AutoLock guard(&accept.item->stateLock);
+    const MP_Guard guard(&accept.item->stateLock);
     if (accept.item->id == accept.id && accept.item->acceptIndex >= 0) {
       core_->pool()->Free(accept.item);
     }

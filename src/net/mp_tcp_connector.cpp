@@ -54,7 +54,7 @@ void MP_TcpConnector::Finished(int slot) {
     Kalvo_KernelDebugLog(1, "<warn> event[%d] changed! ", slot);
     return;
   }
-  Kalvo_AutoLock guard(&item->stateLock);
+  const MP_Guard guard(&item->stateLock);
   if (item->id == wait.id && item->socket == wait.socket) {
     platform::connect_events_remove(events_, item->socket);
     platform::port_post(core_->port(), wait.id, item, item->tag);
@@ -80,7 +80,7 @@ void MP_TcpConnector::RunConnectQueue() {
   while ((item = connectQueue_->Head()) != nullptr) {
     const int slot = EmptySlot();
     if (slot < 0) return;
-    Kalvo_AutoLock guard(&item->stateLock);
+    const MP_Guard guard(&item->stateLock);
     const MP_ConnectQueue::Charged charged = connectQueue_->Charge(item, &elapsed_);
     if (charged == MP_ConnectQueue::Charged::kNotDue) return;
     if (charged == MP_ConnectQueue::Charged::kGone) continue;

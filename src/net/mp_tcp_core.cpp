@@ -64,7 +64,7 @@ void MP_TcpCore::Disconnected(MP_SocketItem* item, int error, const char* thrown
   if (item->id != id) return;
   bool sending;
   {
-    Kalvo_AutoLock guard(&item->sendLock);
+    const MP_Guard guard(&item->sendLock);
     sending = item->sends.head() != nullptr;
   }
   AfterFailure(item, result);

@@ -35,7 +35,7 @@ int MP_TcpTransfer::Send(std::uint32_t id, Kalvo_String*& data) {
   }
   MP_SocketItem* const item = core_->pool()->Find(id);
   if (item == nullptr) return 0;
-  Kalvo_AutoLock guard(&item->sendLock);
+  const MP_Guard guard(&item->sendLock);
   std::size_t sent = 0;
   const Taken taken = Begin(item, id, MP_String::Of(*data).Content(), size, &sent);
   if (taken == Taken::kNothing) return 0;
@@ -49,7 +49,7 @@ int MP_TcpTransfer::Send(std::uint32_t id, Kalvo_String*& data) {
 int MP_TcpTransfer::SendBytes(std::uint32_t id, const char* data, int length) {
   MP_SocketItem* const item = core_->pool()->Find(id);
   if (item == nullptr) return 0;
-  Kalvo_AutoLock guard(&item->sendLock);
+  const MP_Guard guard(&item->sendLock);
   const auto size = static_cast<std::size_t>(length);
   std::size_t sent = 0;
   const Taken taken = Begin(item, id, data, size, &sent);
@@ -111,7 +111,7 @@ bool MP_TcpTransfer::IsStalled(MP_SocketItem* item) {
 void MP_TcpTransfer::GoOnSending(MP_SocketItem* item, std::size_t bytes) {
   int error = 0;
   {
-    Kalvo_AutoLock guard(&item->sendLock);
+    const MP_Guard guard(&item->sendLock);
     while (MP_SendBuffer* const buffer = item->sends.head()) {
       buffer->sent += bytes;
       bytes = 0;
@@ -157,7 +157,7 @@ void MP_TcpTransfer::doReadTcp(MP_SocketItem* item, bool ending) {
   if (count <= 0) {
     int error;
     {
-      Kalvo_AutoLock guard(&item->sendLock);
+      const MP_Guard guard(&item->sendLock);
       error = item->sendError;
     }
     Kalvo_KernelDebugLog(1, "<warning> doReadTcp MP_SOCK_ioctl error[%d]!!!", error);

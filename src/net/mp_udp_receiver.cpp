@@ -62,9 +62,6 @@ std::uint32_t MP_UdpReceiver::OpenUdp(Kalvo_UdpHandler* handler, bool broadcast)
 
 void MP_UdpReceiver::ProcessUdpRead(MP_SocketItem* item) {
   const std::uint32_t id = item->id;
-  const auto next = [this, item] {
-    platform::port_read(core_->port(), item->tag, platform::PortReadAfter::kTaken);
-  };
   platform::clear_socket_error();
   const char* datagram;
   const std::int64_t count = Look(item, &datagram);
@@ -76,7 +73,9 @@ void MP_UdpReceiver::ProcessUdpRead(MP_SocketItem* item) {
       }
       Kalvo_KernelDebugLog(1, " udp error %d \n", error);
     }
-    next();
+    // Nothing followed the last one. What follows an empty one is told.
+    if (count == platform::kTransferWouldBlock) item->datagramsToGo = kLookAgain;
+    platform::port_read(core_->port(), item->tag, platform::PortReadAfter::kTaken);
     return;
   }
 
@@ -113,7 +112,14 @@ void MP_UdpReceiver::ProcessUdpRead(MP_SocketItem* item) {
                          scratchAddr_.GetAddr(), scratchAddr_.GetPort());
     return;
   }
-  next();
+  Next(item);
+}
+
+void MP_UdpReceiver::Next(MP_SocketItem* item) {
+  if (item->datagramsToGo > 0) --item->datagramsToGo;
+  platform::port_read(
+      core_->port(), item->tag,
+      item->datagramsToGo == 0 ? platform::PortReadAfter::kMore : platform::PortReadAfter::kTaken);
 }
 
 // The size of the next datagram, whose sender is then in scratchAddr_; 0 for an empty one, which

@@ -20,9 +20,13 @@ class MP_UdpReceiver {
  private:
   static constexpr std::uint32_t kRefusedMs = 1;
   static constexpr int kLargestDatagram = 65536;
+  static constexpr int kLookAgain = 16;
 
   // A datagram is received before the handler is asked where to put it, which saves asking the
   // system how large it is. One that the handler does not want yet stays with the record.
+  // After a datagram: often there is another, and then the system need not be asked.
+  void Next(MP_SocketItem* item);
+
   std::int64_t Look(MP_SocketItem* item, const char** datagram);
   void LeaveBehind(MP_SocketItem* item, const char* datagram, int size);
 

@@ -59,7 +59,8 @@ void port_remove(CompletionPort* port, PortTag tag);
 // Makes a kPosted completion. With a tag it is dropped if that socket is removed meanwhile.
 void port_post(CompletionPort* port, std::uint32_t key, void* context, PortTag tag);
 
-// What the caller knows of a socket when it starts a read. A datagram socket need not be known.
+// What the caller knows of a socket when it starts a read. Of a datagram socket it need not know
+// anything; with kMore the read completes at once.
 enum class PortReadAfter {
   kEmpty,  // it was found empty, or was not read yet
   kTaken,  // all that it told to hold, or gave, was taken

@@ -61,24 +61,6 @@ ip_mreq Membership(const char* group, const char* own) {
   return membership;
 }
 
-// A datagram that is cut off fails.
-std::int64_t ReceiveMessage(int socket, char* buffer, std::size_t size, int flags, void* address,
-                            int* length) {
-  iovec piece = {buffer, size};
-  msghdr message = {};
-  message.msg_iov = &piece;
-  message.msg_iovlen = 1;
-  message.msg_name = address;
-  message.msg_namelen = length != nullptr ? static_cast<socklen_t>(*length) : 0;
-  const std::int64_t n =
-      transfer([socket, &message, flags] { return recvmsg(socket, &message, flags); });
-  if (n < 0) return n;
-  if (length != nullptr) *length = static_cast<int>(message.msg_namelen);
-  if ((message.msg_flags & MSG_TRUNC) == 0) return n;
-  errno = EMSGSIZE;
-  return kTransferFailed;
-}
-
 int NameOf(int (*call)(int, sockaddr*, socklen_t*), int socket, void* address, int* length) {
   socklen_t size = static_cast<socklen_t>(*length);
   const int result = call(socket, static_cast<sockaddr*>(address), &size);
@@ -221,14 +203,29 @@ std::int64_t socket_receive_now(int socket, char* buffer, std::size_t size) {
 }
 
 std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size) {
-  const std::int64_t n =
-      ReceiveMessage(socket, buffer, size, size == 0 ? MSG_DONTWAIT : 0, nullptr, nullptr);
-  return n == kTransferWouldBlock && size == 0 ? 0 : n;
+  iovec piece = {buffer, size};
+  msghdr message = {};
+  message.msg_iov = &piece;
+  message.msg_iovlen = 1;
+  const std::int64_t n = transfer(
+      [socket, &message, size] { return recvmsg(socket, &message, size == 0 ? MSG_DONTWAIT : 0); });
+  if (n == kTransferWouldBlock && size == 0) return 0;
+  if (n < 0 || (message.msg_flags & MSG_TRUNC) == 0) return n;
+  errno = EMSGSIZE;
+  return kTransferFailed;
 }
 
 std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
                                  int* length) {
-  return ReceiveMessage(socket, buffer, size, 0, address, length);
+  socklen_t room = static_cast<socklen_t>(*length);
+  const std::int64_t n = transfer([=, &room] {
+    return recvfrom(socket, buffer, size, MSG_TRUNC, static_cast<sockaddr*>(address), &room);
+  });
+  if (n < 0) return n;
+  *length = static_cast<int>(room);
+  if (n <= static_cast<std::int64_t>(size)) return n;
+  errno = EMSGSIZE;
+  return kTransferFailed;
 }
 
 std::int64_t socket_send(int socket, const void* data, std::size_t size) {
