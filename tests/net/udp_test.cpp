@@ -5,7 +5,9 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -50,7 +52,9 @@ class Port : public Kalvo_UdpHandler {
 };
 
 struct Ports {
-  Ports() {
+  // `prepare` sets what the receiver does, which must not change any more when it is open.
+  explicit Ports(const std::function<void(Port*)>& prepare = [](Port*) {}) {
+    prepare(&receiver);
     EXPECT_NE(receiver.Open("127.0.0.1", 0), 0u);
     EXPECT_NE(sender.Open(nullptr, 0), 0u);
     to.Init("127.0.0.1", receiver.port());
@@ -113,12 +117,11 @@ TEST(Udp, GoesBothWays) {
 
 TEST(Udp, EmptyDatagramsAndThoseThatAreTooLarge) {
   Channel channel;
-  Ports ports;
+  Ports ports([](Port* port) { port->onAlloc = [](long& size) { size = std::min(size, 5l); }; });
   EXPECT_EQ(ports.Send(""), 0);
   EXPECT_EQ(ports.Send("after"), 5);
   ASSERT_TRUE(ports.receiver.events.WaitForCount(1));
   EXPECT_EQ(channel.Logged("udp error"), Words{"1  udp error 0 \n"});
-  ports.receiver.onAlloc = [](long& size) { size = 4; };
   ports.Send("abcdef");
   ASSERT_TRUE(ports.receiver.events.WaitForCount(2));
   EXPECT_EQ(ports.receiver.events.all(), (Words{"5 after", "-1 abcd"}));
@@ -126,11 +129,12 @@ TEST(Udp, EmptyDatagramsAndThoseThatAreTooLarge) {
 }
 
 TEST(Udp, ADatagramWaitsUntilItIsWanted) {
-  Ports ports;
   std::atomic<bool> refuse{true};
-  ports.receiver.onAlloc = [&](long& size) {
-    if (refuse) size = 0;
-  };
+  Ports ports([&](Port* port) {
+    port->onAlloc = [&](long& size) {
+      if (refuse) size = 0;
+    };
+  });
   ports.Send("one");
   ports.Send("two");
   while (ports.receiver.asked < 5) usleep(1000);
@@ -144,9 +148,9 @@ TEST(Udp, ADatagramWaitsUntilItIsWanted) {
 
 TEST(Udp, WhatHandlersDoWrong) {
   Channel channel;
-  Ports ports;
   std::atomic<int> calls{0};
-  ports.receiver.onData = [&]() -> int { return ++calls == 1 ? throw 1 : -1; };
+  Ports ports(
+      [&](Port* port) { port->onData = [&]() -> int { return ++calls == 1 ? throw 1 : -1; }; });
   ports.Send("a");
   ports.Send("b");
   ASSERT_TRUE(ports.receiver.events.WaitForCount(2));
@@ -173,32 +177,35 @@ TEST(Udp, WhatHandlersDoWrong) {
 // A port answers, closes, opens itself again and goes in the calls of the engine, while others
 // keep sending to it.
 TEST(Udp, MayDoAnythingInACall) {
-  Ports ports;
   std::atomic<bool> over{false};
+  std::atomic<int> answered{0};
+  Ports ports([&](Port* receiver) {
+    receiver->onData = [&answered, receiver] {
+      Kalvo_SocketAddr self = *receiver->GetLocalAddr();
+      if (receiver->SendData(&self, "self", 4) == 4) ++answered;
+      receiver->Close();
+      return receiver->Open("127.0.0.1", self.GetPort()) != 0 ? 0 : -1;
+    };
+  });
   std::thread flood([&] {
     while (!over) ports.Send("flood");
   });
-  const int port = ports.receiver.port();
-  std::atomic<int> answered{0};
-  ports.receiver.onData = [&] {
-    if (ports.receiver.SendData(&ports.to, "self", 4) == 4) ++answered;
-    ports.receiver.Close();
-    return ports.receiver.Open("127.0.0.1", port) != 0 ? 0 : -1;
-  };
   EXPECT_TRUE(ports.receiver.events.WaitForCount(200));
   over = true;
   flood.join();
   ports.receiver.Close();
-  EXPECT_EQ(answered, ports.receiver.events.all().size());
+  EXPECT_EQ(static_cast<std::size_t>(answered), ports.receiver.events.all().size());
 
   struct Suicide : Port {
     int OnDataOk(void*, long, Kalvo_SocketAddr*, Kalvo_SocketAddr*) override {
       support::Events* const told = told_;
+      EXPECT_TRUE(known_);
       delete this;
       told->Add("gone");
       return 0;
     }
     support::Events* told_ = nullptr;
+    std::atomic<bool> known_{false};  // nobody else needs the object any more
   };
   support::Events told;
   auto* const suicide = new Suicide;
@@ -206,6 +213,7 @@ TEST(Udp, MayDoAnythingInACall) {
   suicide->Open("127.0.0.1", 0);
   Kalvo_SocketAddr to;
   to.Init("127.0.0.1", suicide->port());
+  suicide->known_ = true;
   for (int i = 0; i < 3; ++i) ports.sender.SendData(&to, "x", 1);
   EXPECT_TRUE(told.WaitForCount(1));
 }
