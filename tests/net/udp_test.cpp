@@ -178,15 +178,18 @@ TEST(Udp, WhatHandlersDoWrong) {
 // keep sending to it.
 TEST(Udp, MayDoAnythingInACall) {
   std::atomic<bool> over{false};
+  std::atomic<bool> begun{false};  // nobody else looks at the receiver's address any more
   std::atomic<int> answered{0};
   Ports ports([&](Port* receiver) {
-    receiver->onData = [&answered, receiver] {
+    receiver->onData = [&begun, &answered, receiver] {
+      EXPECT_TRUE(begun);
       Kalvo_SocketAddr self = *receiver->GetLocalAddr();
       if (receiver->SendData(&self, "self", 4) == 4) ++answered;
       receiver->Close();
       return receiver->Open("127.0.0.1", self.GetPort()) != 0 ? 0 : -1;
     };
   });
+  begun = true;
   std::thread flood([&] {
     while (!over) ports.Send("flood");
   });
