@@ -50,6 +50,7 @@ class MP_SocketItem : public Kalvo_QueueObject {
   void DropInput() {
     readBufferCount = 0;
     leftBehind.reset();
+    ahead = nullptr;
     holdsMore = false;
     receivesMuch = false;
   }
@@ -85,6 +86,11 @@ class MP_SocketItem : public Kalvo_QueueObject {
   std::unique_ptr<char[]> leftBehind;  // null: none
   int leftBehindAt = 0;
   int leftBehindCount = 0;
+
+  // What ReceiveAhead gave; null: it was not asked, or its answer was taken.
+  const char* ahead = nullptr;
+  std::int64_t aheadCount = 0;
+  int aheadError = 0;
 
   // The socket held more than was taken.
   bool holdsMore = false;

@@ -95,15 +95,34 @@ unsigned long MP_SocketManager::SockConnectWorkThread(void* self) {
 
 unsigned long MP_SocketManager::SockTranferWorkThread(void* self) {
   auto* const manager = static_cast<MP_SocketManager*>(self);
-  platform::Completion completion;
-  while (manager->transferThread_->Running()) {
-    bool more = platform::port_wait(manager->port_, &completion);
-    for (int n = 0; more; ++n) {
-      manager->Dispatch(completion);
-      more = n < kInARow && !manager->quitting_ && platform::port_next(manager->port_, &completion);
+  while (manager->transferThread_->Running()) manager->Transfer();
+  return 0;
+}
+
+// A handful of completions, after a wait for the first.
+void MP_SocketManager::Transfer() {
+  if (!platform::port_wait(port_, &completions_[0])) return;
+  int count = 1;
+  while (count < MP_TcpTransfer::kPlaces && platform::port_next(port_, &completions_[count])) {
+    ++count;
+  }
+  if (count > 1) LookAhead(count);
+  for (int i = 0; i < count; ++i) {
+    if (!quitting_) {
+      Dispatch(completions_[i]);
+    } else if (completions_[i].socket >= 0) {
+      platform::socket_close(completions_[i].socket);
     }
   }
-  return 0;
+}
+
+void MP_SocketManager::LookAhead(int count) {
+  for (int i = 0; i < count; ++i) {
+    if (completions_[i].operation != platform::PortOperation::kRead) continue;
+    auto* const item = static_cast<MP_SocketItem*>(completions_[i].context);
+    const MP_Guard guard(&item->stateLock);
+    if (IsOf(item, completions_[i]) && item->connected) transfer_.ReceiveAhead(item, i);
+  }
 }
 
 // What the record has been through since the completion was made decides whether it still counts.

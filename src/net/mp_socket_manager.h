@@ -53,11 +53,11 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   void Abandon();
 
  private:
-  static constexpr int kInARow = 32;  // completions between two signs of life
-
   static unsigned long SockTranferWorkThread(void* self);
   static unsigned long SockConnectWorkThread(void* self);
 
+  void Transfer();
+  void LookAhead(int count);
   void Dispatch(const platform::Completion& completion);
   bool IsOf(const MP_SocketItem* item, const platform::Completion& completion) const;
   void Handle(MP_SocketItem* item, const platform::Completion& completion);
@@ -70,6 +70,7 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   MP_TcpAcceptor acceptor_;
   MP_TcpTransfer transfer_;
   MP_UdpReceiver udp_;
+  platform::Completion completions_[MP_TcpTransfer::kPlaces];  // of the transfer thread
   std::unique_ptr<Kalvo_Thread> transferThread_;
   std::unique_ptr<Kalvo_Thread> connectThread_;
   MP_SocketManager* next_ = nullptr;

@@ -199,6 +199,14 @@ void MP_TcpTransfer::doReadTcp(MP_SocketItem* item, bool ending) {
   if (DispatchData(item, buffer, size)) core_->ResetReadOp(item, After(item));
 }
 
+void MP_TcpTransfer::ReceiveAhead(MP_SocketItem* item, int place) {
+  if (item->leftBehind != nullptr || item->receivesMuch || item->ahead != nullptr) return;
+  item->aheadCount =
+      platform::socket_receive_now(item->socket, receivedAhead_[place], kReceiveAhead);
+  item->ahead = receivedAhead_[place];
+  if (item->aheadCount == platform::kTransferFailed) item->aheadError = platform::socket_error();
+}
+
 platform::PortReadAfter MP_TcpTransfer::After(const MP_SocketItem* item) {
   const bool more = item->holdsMore || item->leftBehind != nullptr;
   return more ? platform::PortReadAfter::kMore : platform::PortReadAfter::kTaken;
@@ -211,10 +219,12 @@ std::int64_t MP_TcpTransfer::Look(MP_SocketItem* item, Arrived* arrived) {
     arrived->receivedCount = item->leftBehindCount;
   } else if (!item->receivesMuch) {
     item->holdsMore = false;
-    const std::int64_t n =
-        platform::socket_receive_now(item->socket, receivedAhead_, sizeof(receivedAhead_));
+    ReceiveAhead(item, kPlaces);
+    arrived->received = item->ahead;
+    item->ahead = nullptr;
+    const std::int64_t n = item->aheadCount;
+    if (n == platform::kTransferFailed) platform::set_socket_error(item->aheadError);
     if (n <= 0) return n;
-    arrived->received = receivedAhead_;
     arrived->receivedCount = static_cast<long>(n);
     if (n < kReceiveAhead) return n;  // there was no more
   }

@@ -207,7 +207,9 @@ TEST(EngineLoad, ConnectionsComeAndGoWithoutATrace) {
   EchoServer server;
   Kalvo_SocketAddr address;
   address.Init("127.0.0.1", server.port());
+  int made = 0;
   const auto run = [&](int count) {
+    made += count;
     for (int i = 0; i < count; ++i) {
       const int peer = Kalvo_SOCK_Connect(&address, -1);
       ASSERT_GE(peer, 0);
@@ -216,6 +218,8 @@ TEST(EngineLoad, ConnectionsComeAndGoWithoutATrace) {
         while (server.living() > 200) usleep(100);
       }
     }
+    for (int i = 0; i < 30000 && server.accepted < made; ++i) usleep(1000);
+    ASSERT_EQ(server.accepted, made);
     ASSERT_TRUE(server.WaitUntilEmpty());
   };
   run(1000);
