@@ -22,7 +22,7 @@ MP_SocketManager::MP_SocketManager()
 }
 
 MP_SocketManager::~MP_SocketManager() {
-  if (!stopped_) StopThreads();
+  if (!stopped_) MP_SocketManager::StopThreads();
   platform::port_destroy(port_);
 }
 

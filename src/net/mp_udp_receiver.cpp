@@ -145,7 +145,8 @@ void MP_UdpReceiver::LeaveBehind(MP_SocketItem* item, const char* datagram, int 
   if (item->leftBehind != nullptr) return;
   const MP_SocketAddr& from = MP_SocketAddr::Of(scratchAddr_);
   const int length = from.length();
-  item->leftBehind = std::make_unique<char[]>(static_cast<std::size_t>(length + size));
+  item->leftBehind =
+      std::make_unique<char[]>(static_cast<std::size_t>(length) + static_cast<std::size_t>(size));
   std::memcpy(item->leftBehind.get(), from.bytes(), static_cast<std::size_t>(length));
   std::memcpy(item->leftBehind.get() + length, datagram, static_cast<std::size_t>(size));
   item->leftBehindAt = length;

@@ -157,7 +157,7 @@ bool CompletionPort::Open() {
   wake = above_standard_streams(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   ticker = above_standard_streams(timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK));
   if (epoll < 0 || wake < 0 || ticker < 0) return false;
-  constexpr timespec interval = {0, kPortWaitMs * 1000000};
+  constexpr timespec interval = {0, kPortWaitMs * 1000000L};
   const itimerspec ticks = {interval, interval};
   epoll_event event = {};
   event.events = EPOLLIN | EPOLLET;  // each write is told, with no need to read
@@ -244,7 +244,7 @@ void CompletionPort::LookAhead() {
   const Entry* const next = entryOf(nextReport_ + 1);
   if (next == nullptr || next->context == nullptr) return;
   const char* const context = static_cast<const char*>(next->context);
-  for (int line = 0; line < 4; ++line) __builtin_prefetch(context + line * 64);
+  for (std::size_t line = 0; line < 4; ++line) __builtin_prefetch(context + line * 64);
 }
 
 // Takes one operation of a report and leaves the rest in it.
