@@ -65,7 +65,7 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   platform::CompletionPort* const port_;
   MP_ConnectQueue connectQueue_;
   MP_SocketPool pool_;
-  MP_TcpCore core_;
+  MP_SocketCore core_;
   MP_TcpConnector connector_;
   MP_TcpAcceptor acceptor_;
   MP_TcpTransfer transfer_;

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "net/mp_tcp_core.h"
+#include "net/mp_socket_core.h"
 
 class MP_SocketManager;
 
@@ -13,7 +13,7 @@ class MP_SocketManager;
 class MP_TcpAcceptor {
  public:
   // `manager` is the one that the accepted handlers get.
-  MP_TcpAcceptor(MP_TcpCore* core, MP_SocketManager* manager) : core_(core), manager_(manager) {}
+  MP_TcpAcceptor(MP_SocketCore* core, MP_SocketManager* manager) : core_(core), manager_(manager) {}
 
   // The id of the listener; 0 on failure.
   std::uint32_t Listen(Kalvo_TcpServerHandler* handler);
@@ -42,7 +42,7 @@ class MP_TcpAcceptor {
 
   bool PostAccept(const Listener& listener, int index);
 
-  MP_TcpCore* const core_;
+  MP_SocketCore* const core_;
   MP_SocketManager* const manager_;
 
   // Guards the listeners' pendingAccepts. Innermost.

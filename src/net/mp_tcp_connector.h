@@ -5,12 +5,12 @@
 
 #include <cstdint>
 
-#include "net/mp_tcp_core.h"
+#include "net/mp_socket_core.h"
 #include "platform/connect_events.h"
 
 class MP_TcpConnector {
  public:
-  MP_TcpConnector(MP_TcpCore* core, MP_ConnectQueue* connectQueue)
+  MP_TcpConnector(MP_SocketCore* core, MP_ConnectQueue* connectQueue)
       : core_(core), connectQueue_(connectQueue) {}
 
   // The id of the attempt, which comes later; 0 if there are too many.
@@ -47,7 +47,7 @@ class MP_TcpConnector {
   void GiveUp(MP_SocketItem* item, const char* format);
   void Stands(MP_SocketItem* item);
 
-  MP_TcpCore* const core_;
+  MP_SocketCore* const core_;
   MP_ConnectQueue* const connectQueue_;
 
   // Of the connect thread alone.

@@ -5,11 +5,11 @@
 
 #include <cstdint>
 
-#include "net/mp_tcp_core.h"
+#include "net/mp_socket_core.h"
 
 class MP_TcpTransfer {
  public:
-  explicit MP_TcpTransfer(MP_TcpCore* core) : core_(core) {}
+  explicit MP_TcpTransfer(MP_SocketCore* core) : core_(core) {}
 
   // From any thread. 1: what was given is sent in its turn, or dropped if the connection does not
   // stand yet. 0: there is no such connection, or it is stalled. Send takes the string on 1.
@@ -60,7 +60,7 @@ class MP_TcpTransfer {
   bool DispatchData(MP_SocketItem* item, void* buffer, long size);
   void Violated(MP_SocketItem* item, const char* error);
 
-  MP_TcpCore* const core_;
+  MP_SocketCore* const core_;
 
   // Of the transfer thread; one more for those that come alone.
   char receivedAhead_[kPlaces + 1][kReceiveAhead];

@@ -5,11 +5,11 @@
 
 #include <cstdint>
 
-#include "net/mp_tcp_core.h"
+#include "net/mp_socket_core.h"
 
 class MP_UdpReceiver {
  public:
-  explicit MP_UdpReceiver(MP_TcpCore* core) : core_(core) {}
+  explicit MP_UdpReceiver(MP_SocketCore* core) : core_(core) {}
 
   // The id of the port; 0 on failure.
   std::uint32_t OpenUdp(Kalvo_UdpHandler* handler, bool broadcast);
@@ -30,7 +30,7 @@ class MP_UdpReceiver {
   std::int64_t Look(MP_SocketItem* item, const char** datagram);
   void LeaveBehind(MP_SocketItem* item, const char* datagram, int size);
 
-  MP_TcpCore* const core_;
+  MP_SocketCore* const core_;
 
   // Of the transfer thread.
   Kalvo_SocketAddr scratchAddr_;

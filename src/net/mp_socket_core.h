@@ -1,15 +1,16 @@
-// MP_TcpCore: what all roads of a TCP connection have in common, its reads and its end.
+// MP_SocketCore: what the jobs of an engine share: how sockets come to the port, the reads of
+// connections, and the one end of all connections and attempts.
 
-#ifndef KALVOBASE_SRC_NET_MP_TCP_CORE_H_
-#define KALVOBASE_SRC_NET_MP_TCP_CORE_H_
+#ifndef KALVOBASE_SRC_NET_MP_SOCKET_CORE_H_
+#define KALVOBASE_SRC_NET_MP_SOCKET_CORE_H_
 
 #include "net/mp_connect_queue.h"
 #include "net/mp_socket_pool.h"
 
 // The caller holds the stateLock of the record. After any of these the record may be another's.
-class MP_TcpCore {
+class MP_SocketCore {
  public:
-  MP_TcpCore(MP_SocketPool* pool, platform::CompletionPort* port, MP_ConnectQueue* connectQueue)
+  MP_SocketCore(MP_SocketPool* pool, platform::CompletionPort* port, MP_ConnectQueue* connectQueue)
       : pool_(pool), port_(port), connectQueue_(connectQueue) {}
 
   MP_SocketPool* pool() const { return pool_; }
@@ -42,4 +43,4 @@ class MP_TcpCore {
   MP_ConnectQueue* const connectQueue_;
 };
 
-#endif  // KALVOBASE_SRC_NET_MP_TCP_CORE_H_
+#endif  // KALVOBASE_SRC_NET_MP_SOCKET_CORE_H_

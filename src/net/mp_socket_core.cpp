@@ -1,4 +1,4 @@
-#include "net/mp_tcp_core.h"
+#include "net/mp_socket_core.h"
 
 #include "frame/mp_kernel_debug.h"
 #include "net/handler_call.h"
@@ -10,7 +10,7 @@ constexpr char kTransferError[] = "<warning> doTransfer error[%d]!!!";
 
 }  // namespace
 
-bool MP_TcpCore::TakeSocket(MP_SocketItem* item, int socket, platform::PortSocket kind) {
+bool MP_SocketCore::TakeSocket(MP_SocketItem* item, int socket, platform::PortSocket kind) {
   const platform::PortTag tag = platform::port_add(port_, socket, kind, item->id, item);
   if (tag == 0) {
     net::CloseKeepingError(socket);
@@ -22,14 +22,14 @@ bool MP_TcpCore::TakeSocket(MP_SocketItem* item, int socket, platform::PortSocke
   return true;
 }
 
-void MP_TcpCore::ResetReadOp(MP_SocketItem* item, platform::PortReadAfter after) {
+void MP_SocketCore::ResetReadOp(MP_SocketItem* item, platform::PortReadAfter after) {
   if (platform::port_read(port_, item->tag, after)) return;
   const int error = platform::socket_error();
   Kalvo_KernelDebugLog(1, "<warning> reset readop error[%d-%d]!!!", -1, error);
   Disconnected(item, error);
 }
 
-void MP_TcpCore::AfterFailure(MP_SocketItem* item, int result) {
+void MP_SocketCore::AfterFailure(MP_SocketItem* item, int result) {
   if (result < 0 || !item->reconnect) {
     pool_->Free(item);
     return;
@@ -43,19 +43,19 @@ void MP_TcpCore::AfterFailure(MP_SocketItem* item, int result) {
   connectQueue_->Schedule(item, result);
 }
 
-void MP_TcpCore::ConnectFailed(MP_SocketItem* item, int error) {
+void MP_SocketCore::ConnectFailed(MP_SocketItem* item, int error) {
   const std::uint32_t id = item->id;
   const int result =
       net::ResultOfHandler([&] { return item->client()->OnConnectFaild(item->peerAddr, error); });
   if (item->id == id) AfterFailure(item, result);
 }
 
-void MP_TcpCore::TransferFailed(MP_SocketItem* item, int error) {
+void MP_SocketCore::TransferFailed(MP_SocketItem* item, int error) {
   Kalvo_KernelDebugLog(1, kTransferError, error);
   Disconnected(item, error, "<error> disconnect 1 process fatal error!!");
 }
 
-void MP_TcpCore::Disconnected(MP_SocketItem* item, int error, const char* thrown) {
+void MP_SocketCore::Disconnected(MP_SocketItem* item, int error, const char* thrown) {
   const std::uint32_t id = item->id;
   int result = -1;
   const bool returned =
