@@ -350,7 +350,7 @@ TEST(Transfer, TellsOfASendThatWasUnderWay) {
 
 // What has come before the engine looks for the first time, whatever that is.
 struct Arrived {
-  explicit Arrived(const std::function<void(int)>& tell, std::function<void(long&)> onAlloc = {})
+  explicit Arrived(const std::function<void(int&)>& tell, std::function<void(long&)> onAlloc = {})
       : server([this, onAlloc](Client* client) {
           client->onAlloc = onAlloc;
           client->onOk = [this] { told.Wait([this](auto&, auto&) { return done.load(); }); };
@@ -400,16 +400,16 @@ TEST(Transfer, AResetIsToldBehindAnyNumberOfBytes) {
   for (const std::size_t size : {1u, 8191u, 8192u, 8193u, 20000u}) {
     for (const long most : {100000l, 4096l}) {
       Arrived reset(
-          [size](int peer) {
+          [size](int& peer) {
             TellBytes(peer, size);
-            usleep(5000);
-            support::Reset(dup(peer));
-            shutdown(peer, SHUT_RDWR);
+            support::Reset(peer);
+            peer = -1;
           },
           [most](long& available) { available = std::min(available, most); });
       Client* const client = reset.server.first();
       ASSERT_TRUE(client->events.WaitForCount(2));
       EXPECT_EQ(client->events.bytes().size(), size);
+      EXPECT_EQ(client->events.all().back(), "lost 10054") << size << " by " << most;
     }
   }
 }
