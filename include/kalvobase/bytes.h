@@ -3,7 +3,7 @@
 //   char buffer[4];
 //   NB_ToBuf(buffer, 0x12345678);  // 12 34 56 78
 //   int value;
-//   NB_ToValue(buffer, value);     // 0x12345678 again
+//   NB_ToValue(buffer, value);  // 0x12345678 again
 //
 // All of these may be called from any thread. Buffers are the caller's and must have
 // room for the bytes told.

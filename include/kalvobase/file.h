@@ -2,13 +2,14 @@
 // copying and moving with a check.
 //
 //   Kalvo_FileStream out;
-//   if (out.Open("/var/tmp/report/today.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644) < 0)
+//   if (out.Open("report/today.txt", O_WRONLY | O_CREAT | O_TRUNC, 0644) < 0) {
 //     return out.GetErrorCode();
+//   }
 //   out.Printf("%s: %d files\n", "today", 12);
 //   out.Close();
 //
 //   Kalvo_FindFiles logs;
-//   logs.Find("/var/log/host/*.log");
+//   logs.Find("log/*.log");
 //   logs.QSortByModifyTime();
 //   while (Kalvo_FileItem* log = logs.FindNext()) std::puts(log->GetName());
 //

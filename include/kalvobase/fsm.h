@@ -7,7 +7,7 @@
 //     void OnOpen(const char* name, unsigned long code, long value, void* data,
 //                 Kalvo_FSM_State* previous, Kalvo_FSM_State* current, Kalvo_FSM_State* next);
 //   };
-//
+//   ...
 //   Kalvo_FSMService service;
 //   Kalvo_FSM_State* open = service.AddState("open");
 //   service.GetState(nullptr)->AddStrMsgHandle(
@@ -22,9 +22,9 @@
 // name; it may have a handler, and it may lead to another state.
 //
 // Where a rule leads is told by name:
-//   null            the initial state
-//   ""              nowhere: the object stays
-//   "some name"     the state of that name
+//  null            the initial state
+//  ""              nowhere: the object stays
+//  "some name"     the state of that name
 // The name is looked up once, in FinishAndCheck or else when the rule is first used; until
 // then the state need not be there, and a name that is not found then stays invalid. A rule
 // that leads to the very state that it belongs to leads nowhere. A rule of the service

@@ -3,7 +3,7 @@
 //
 //   class Echo : public Kalvo_TcpClientHandler {
 //    public:
-//     ~Echo() override { Close(); }  // before what the calls below use is gone
+//     ~Echo() override { Close(); }  // while buffer_ is still there
 //     void* AllocBufferForRead(long& size) override {
 //       buffer_.resize(static_cast<std::size_t>(size));
 //       return buffer_.data();
@@ -21,7 +21,7 @@
 //   };
 //   ...
 //   Echo echo;
-//   echo.Connect("127.0.0.1", 8000);
+//   echo.Connect("127.0.0.1", port);
 //
 // An engine serves the handlers: all clients and UDP ports of the process share one, and each
 // server has one of its own, which also serves the connections that it accepts. An engine has a

@@ -1,16 +1,18 @@
 // Kalvo_XIni: INI documents with nested sections, which keep their comments.
 //
-//   # when to speak up
-//   [thresholds]
-//           <memory>
-//                   warning = 80    // percent
-//           </memory>
+//  # when to speak up
+//  [thresholds]
+//          <memory>
+//                  warning = 80    // percent
+//          </memory>
 //
 //   Kalvo_XIni ini("gateway.ini");
-//   int warning = 80;
-//   if (ini.SetSectionName("thresholds.%s", "memory") != nullptr) ini.Read("warning", &warning);
-//   ini.Write("warning", warning + 5, 0);
-//   ini.Dump("gateway.ini");
+//   int warning = 0;
+//   if (ini.SetSectionName("thresholds.%s", "memory") != nullptr) {
+//     ini.Read("warning", &warning);
+//     ini.Write("warning", warning + 5, 0);  // removes the comment behind the value
+//     ini.Dump("gateway.ini");
+//   }
 //
 // A document is read whole, worked on in memory, and written whole. Any file is a document:
 // what fits no form is a comment. A `[name]` section lies at the top; a `<name>` section lies

@@ -1,14 +1,14 @@
 // Log files that look after themselves.
 //
 //   Kalvo_Log log(1);
-//   log.SetMainDir("/var/log/host");
-//   log.Init("host", 3);  // records of level 3 and below
+//   log.SetMainDir("log");  // in the directory of the program
+//   log.Init("host", 3);    // records of level 3 and below
 //   log.Trace(1, "%s: %d items", "today", 12);
 //   log.HexLog(3, packet, length, "from %s", peer);
 //
-// writes to /var/log/host/logfiles-2024/07/2024-07-26/host_2024-07-26 07-1[001].log:
+// writes to log/logfiles-2024/07/2024-07-26/host_2024-07-26 07-1[001].log:
 //
-//   [2024-07-26 07:08:09 123 0abc] today: 12 items
+//  [2024-07-26 07:08:09 123 0abc] today: 12 items
 //
 // The prefix has the local time, milliseconds and the first four hexadecimal digits of the
 // number of the writing thread. In a file's name stand the hour, the quarter of the hour, and a

@@ -4,8 +4,7 @@
 //   unsigned long started = Kalvo_THREAD_GetTickCount();
 //   std::printf("running from %s\n", Kalvo_GetExePath(&dir));
 //   Kalvo_Thread_Sleep(50);
-//   unsigned int passed =
-//       static_cast<unsigned int>(Kalvo_THREAD_GetTickCount() - started);
+//   unsigned int passed = static_cast<unsigned int>(Kalvo_THREAD_GetTickCount() - started);
 //
 // All of these may be called from any thread.
 

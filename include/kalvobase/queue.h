@@ -6,11 +6,13 @@
 // queue is made: with both it is a blocking queue between threads, with neither a
 // plain list.
 //
-//   class Job : public Kalvo_QueueObject { public: int number; };
+//   struct Job : Kalvo_QueueObject {
+//     int number = 0;
+//   };
 //   Kalvo_Queue jobs(1, 1);
-//   jobs.AddItemAtTail(new Job);                        // one thread
-//   Job* job = static_cast<Job*>(jobs.RemoveItemAtHead(1000));  // another
-//   delete job;                                         // null after a time-out
+//   jobs.AddItemAtTail(new Job);                                // one thread
+//   Job* job = static_cast<Job*>(jobs.RemoveItemAtHead(1000));  // another; null after 1 s
+//   delete job;
 //
 // Items belong to whoever made them. The queue deletes the items that it still
 // holds in RemoveAll and in its destructor.

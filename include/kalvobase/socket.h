@@ -1,7 +1,7 @@
 // Socket addresses, and the plain socket calls.
 //
 //   Kalvo_SocketAddr server;
-//   server.Init("localhost", 8000);
+//   server.Init("localhost", port);
 //   int sock = Kalvo_SOCK_Connect(&server, -1);
 //   if (sock < 0) return Kalvo_SOCK_GetLastError();  // 10061: refused
 //   Kalvo_SOCK_Write(sock, "hello\n", 6);

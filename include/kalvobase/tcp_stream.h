@@ -1,7 +1,7 @@
 // Kalvo_TcpStream: a blocking TCP client with buffers, or a wrapper of any connected socket.
 //
 //   Kalvo_TcpStream stream;
-//   if (stream.Connect("localhost", 8000) < 0) return Kalvo_SOCK_GetLastError();
+//   if (stream.Connect("localhost", port) < 0) return Kalvo_SOCK_GetLastError();
 //   stream.Printf("GET %s HTTP/1.0\r\n\r\n", "/");
 //   while (const char* line = stream.ReadLine(1, -1)) std::puts(line);
 //

@@ -4,7 +4,7 @@
 //   line.sprintf("%-8s|%6.2f|", "load", 0.25);  // "load    |  0.25|"
 //   line.replace_all(0, "|", " ");
 //   Kalvo_StringArray words;
-//   words.Split(line.c_str(), ' ', 1);           // "load", "0.25"
+//   words.Split(line.c_str(), ' ', 1);  // "load", "0.25"
 //
 // A string is a sequence of bytes, zero bytes included. Positions and counts are
 // byte counts; no operation knows a multi-byte character. A position or count out

@@ -1,14 +1,21 @@
 // Threads that can be asked to end, and are ended if they do not.
 //
-//   unsigned long Work(void* context) {
-//     Worker* worker = static_cast<Worker*>(context);
-//     while (worker->thread.Running()) worker->Step();  // at least every few seconds
-//     return 0;
-//   }
-//   ...
-//   Kalvo_Thread thread(Work, &worker, 1, "worker", "reads the meters", 0);
-//   ...
-//   thread.Stop();  // asks, waits up to 2 s, then ends it whatever it does
+//   class Meter {
+//    public:
+//     Meter() : thread_(Work, this, 1, "meter", nullptr, 0) {}
+//     ~Meter() { thread_.Stop(); }  // asks, waits up to 2 s, then ends it whatever it does
+//
+//    private:
+//     static unsigned long Work(void* context) {
+//       Meter* meter = static_cast<Meter*>(context);
+//       while (meter->thread_.Running()) meter->Step();  // at least every few seconds
+//       return 0;
+//     }
+//     void Step();
+//
+//     int readings_ = 0;
+//     Kalvo_Thread thread_;  // the last member: it starts at once and uses the others
+//   };
 //
 // A worker's call of Running is at once its question whether to go on and its sign of life: a
 // thread that has not called it for 5 s is reported on the kernel debug channel.

@@ -3,12 +3,13 @@
 // Every other public header includes this one. The library's data, formats and
 // arithmetic count `short` as 16 bits and `int` and `long` as 32 bits on every
 // platform. The interface keeps the plain C++ types that host code is written
-// with; two rules follow for hosts whose `long` has 64 bits:
+// with; two rules follow for hosts whose `long` has 64 bits.
 //
-// - Of a `long` argument the low 32 bits count. A time-out of -1 or 0xFFFFFFFF,
-//   in whatever width, means "no limit".
-// - A 32-bit result comes back sign-extended in a `long`, and as 0 to 0xFFFFFFFF
-//   in an `unsigned long`.
+// Of a `long` argument the low 32 bits count. A time-out of -1 or 0xFFFFFFFF, in
+// whatever width, means "no limit".
+//
+// A 32-bit result comes back sign-extended in a `long`, and as 0 to 0xFFFFFFFF in
+// an `unsigned long`.
 
 #ifndef KALVOBASE_TYPES_H_
 #define KALVOBASE_TYPES_H_

@@ -6,10 +6,12 @@
 //   sample.Insert("load")->Set(0.25);
 //   sample.InsertTable("eth0")->Set("received", 1024L);
 //   Kalvo_String form;
-//   sample.Dump(&form);                               // bytes to send or to store
+//   sample.Dump(&form);  // bytes to send or to store
 //   Kalvo_KValueTable copy;
 //   copy.Import(form.c_str(), static_cast<int>(form.length()));
-//   long received = copy.GetTable("eth0")->GetValue("received")->GetLong();  // 1024
+//   Kalvo_KValueTable* eth0 = copy.GetTable("eth0");  // null if the form holds no such table
+//   Kalvo_Value* received = eth0 != nullptr ? eth0->GetValue("received") : nullptr;
+//   if (received != nullptr) std::printf("%ld\n", received->GetLong());  // 1024
 //
 // Keys, values and tables own what they hold; pointers that they hand out stay theirs. An
 // object belongs to one thread at a time, its const operations included: a table has one

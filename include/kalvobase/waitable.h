@@ -1,8 +1,8 @@
 // Events, mutexes and semaphores.
 //
-//   Kalvo_Event ready(0, 0, 0);  // automatic reset, not signalled
-//   // one thread              // another thread
-//   ready.Set();               if (ready.Wait(1000) == 0) { /* signalled */ }
+//   Kalvo_Event ready(0, 0, 0);     // automatic reset, not signalled
+//   ready.Set();                    // one thread
+//   int result = ready.Wait(1000);  // another: 0
 //
 // Time-outs are milliseconds on a clock that no change of the wall clock touches;
 // 0xFFFFFFFF or -1 means no limit. Wait results are 0 signalled, 258 timed out,
