@@ -10,8 +10,14 @@ namespace socket_managers {
 namespace {
 
 // Nothing of these is ever destroyed: threads that the library does not know may come until the
-// process has ended. Recursive, for hosts that make handlers when they are told of new threads.
-std::recursive_mutex lock;
+// process has ended. The lock is recursive, for hosts that make handlers when they are told of new
+// threads. Not every C++ library has a recursive mutex that needs no constructor and destructor.
+std::recursive_mutex& Lock() {
+  alignas(std::recursive_mutex) static unsigned char memory[sizeof(std::recursive_mutex)];
+  static std::recursive_mutex* const lock = new (memory) std::recursive_mutex;
+  return *lock;
+}
+
 MP_SocketManager* first = nullptr;
 bool open = true;  // not from the stop of the library to its next start
 
@@ -27,7 +33,7 @@ void ForEach(Do what) {
 }  // namespace
 
 MP_SocketManager* GetManager(int kind) {
-  const std::lock_guard<std::recursive_mutex> guard(lock);
+  const std::lock_guard<std::recursive_mutex> guard(Lock());
   if (!open) return nullptr;
   const bool server = kind == MANAGER_SERVER;
   MP_SocketManager* last = nullptr;
@@ -50,7 +56,7 @@ MP_SocketManager* GetManager(int kind) {
 }
 
 MP_SocketManager* FindManager(Kalvo_SocketManagerHelper* manager) {
-  const std::lock_guard<std::recursive_mutex> guard(lock);
+  const std::lock_guard<std::recursive_mutex> guard(Lock());
   MP_SocketManager* found = nullptr;
   ForEach([&](MP_SocketManager* one) { found = one == manager ? one : found; });
   return found;
@@ -58,14 +64,14 @@ MP_SocketManager* FindManager(Kalvo_SocketManagerHelper* manager) {
 
 void Make() {
   Kalvo_SOCK_Init();
-  const std::lock_guard<std::recursive_mutex> guard(lock);
+  const std::lock_guard<std::recursive_mutex> guard(Lock());
   open = true;
 }
 
 // Handlers may still be in use in other threads, which are stopped after this.
 void Stop() {
   {
-    const std::lock_guard<std::recursive_mutex> guard(lock);
+    const std::lock_guard<std::recursive_mutex> guard(Lock());
     open = false;
   }
   ForEach([](MP_SocketManager* manager) { manager->NotifyQuit(); });
@@ -84,8 +90,8 @@ void Free() {
   }
 }
 
-void Hold() { lock.lock(); }
-void Release() { lock.unlock(); }
+void Hold() { Lock().lock(); }
+void Release() { Lock().unlock(); }
 
 // What other threads had under way in the managers cannot be brought to an end, so they are left
 // as they are, and no handler finds them any more.
@@ -94,7 +100,7 @@ void GoOnInChild() {
   MP_EngineCall::ForgetOthers();
   ForEach([](MP_SocketManager* manager) { manager->Abandon(); });
   first = nullptr;
-  new (&lock) std::recursive_mutex;  // the old one knows its owner by a number of the parent's
+  new (&Lock()) std::recursive_mutex;  // the old one knows its owner by a number of the parent's
 }
 
 }  // namespace socket_managers

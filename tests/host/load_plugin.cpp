@@ -26,7 +26,7 @@ struct Kept {
 Kept<Kalvo_Thread> worker;
 Kept<Kalvo_Thread> parked;
 Kept<Kalvo_Thread> alone;
-Kept<Kalvo_Log> log;
+Kept<Kalvo_Log> journal;
 Kept<Ticker> ticker;
 
 unsigned long Work(void*) {
@@ -47,11 +47,11 @@ extern "C" void StartEverything(const char* directory) {
   new (worker.memory) Kalvo_Thread(Work, nullptr, 1, "worker", nullptr, 0);
   new (parked.memory) Kalvo_Thread(Work, nullptr, 0, "parked", nullptr, 0);
   new (alone.memory) Kalvo_Thread(GoOn, alone.memory, 1, "alone", nullptr, 0);
-  new (log.memory) Kalvo_Log(1);
-  log.object()->SetMainDir(directory);
-  log.object()->Init("load", 1);
-  log.object()->Trace(1, "loaded");
-  log.object()->Write("and not flushed");
+  new (journal.memory) Kalvo_Log(1);
+  journal.object()->SetMainDir(directory);
+  journal.object()->Init("load", 1);
+  journal.object()->Trace(1, "loaded");
+  journal.object()->Write("and not flushed");
   new (ticker.memory) Ticker;
   ticker.object()->SetRepeatTimer(0xFFFFFFFF, 1, 0, 0, 0, "text");
   ticker.object()->SetTimer(100000, 0, 0, 0, nullptr);
