@@ -35,6 +35,11 @@ inline timespec time_until(const timespec& deadline) {
   return left.tv_sec < 0 ? timespec{} : left;
 }
 
+inline bool has_passed(const timespec& deadline) {
+  const timespec left = time_until(deadline);
+  return left.tv_sec == 0 && left.tv_nsec == 0;
+}
+
 }  // namespace platform
 
 #endif  // KALVOBASE_SRC_PLATFORM_POSIX_DEADLINE_H_

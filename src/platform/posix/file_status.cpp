@@ -3,7 +3,12 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
+#ifndef STATX_BTIME  // not every C library declares statx
+#include <linux/stat.h>
+#endif
 
 namespace platform {
 namespace {
@@ -30,7 +35,7 @@ bool OldStatusAt(int directory, const char* name, int flags, FileStatus* status)
 
 bool status_at(int directory, const char* name, int flags, FileStatus* status) {
   struct statx now;
-  if (statx(directory, name, flags, STATX_BASIC_STATS | STATX_BTIME, &now) != 0) {
+  if (syscall(SYS_statx, directory, name, flags, STATX_BASIC_STATS | STATX_BTIME, &now) != 0) {
     return (errno == ENOSYS || errno == EPERM) && OldStatusAt(directory, name, flags, status);
   }
   status->directory = S_ISDIR(now.stx_mode);

@@ -3,8 +3,10 @@
 #include <errno.h>
 #include <pthread.h>
 #include <sys/syscall.h>
+#include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <new>
@@ -14,12 +16,14 @@
 #include "platform/posix/named_object.h"
 #include "platform/posix/thread_number.h"
 
+#if KALVOBASE_HAS_CLOCKLOCK
 // The thread sanitizer knows every lock call but the one with a clock of its own choice.
 // These are its announcements; they are there only in a process that runs under it.
 extern "C" {
 __attribute__((weak)) void __tsan_mutex_pre_lock(void* address, unsigned flags);
 __attribute__((weak)) void __tsan_mutex_post_lock(void* address, unsigned flags, int recursion);
 }
+#endif
 
 namespace platform {
 namespace {
@@ -85,6 +89,7 @@ bool InitialiseNamed(void* memory, const void* owned) {
   return Initialise(new (memory) SharedMutex, true, *static_cast<const bool*>(owned));
 }
 
+#if KALVOBASE_HAS_CLOCKLOCK
 int LockBefore(pthread_mutex_t* mutex, const timespec& deadline) {
   const int result = pthread_mutex_clocklock(mutex, CLOCK_MONOTONIC, &deadline);
   if ((result == 0 || result == EOWNERDEAD) && __tsan_mutex_pre_lock != nullptr) {
@@ -94,6 +99,19 @@ int LockBefore(pthread_mutex_t* mutex, const timespec& deadline) {
   }
   return result;
 }
+#else
+// pthread_mutex_timedlock goes by the wall clock: setting that back would lengthen the wait.
+int LockBefore(pthread_mutex_t* mutex, const timespec& deadline) {
+  constexpr long kLongestPauseNs = 8000000;
+  for (long pauseNs = 1000000;; pauseNs = std::min(2 * pauseNs, kLongestPauseNs)) {
+    const int result = pthread_mutex_trylock(mutex);
+    if (result != EBUSY || has_passed(deadline)) return result;
+    timespec pause = time_until(deadline);
+    if (pause.tv_sec > 0 || pause.tv_nsec > pauseNs) pause = {0, pauseNs};
+    nanosleep(&pause, nullptr);
+  }
+}
+#endif
 
 // Frees `mutex`, unless it is the last of its kind in this process and another thread of the
 // process holds it.

@@ -114,9 +114,20 @@ bool Join(Thread* thread, std::uint32_t ms) {
   // its handle.
   if (thread->control.WasKilled()) return true;
   return thread->control.AwaitEnd(ms) && pthread_join(thread->handle, nullptr) == 0;
-#else
+#elif KALVOBASE_HAS_CLOCKJOIN
   const timespec deadline = deadline_after(ms);
   return pthread_clockjoin_np(thread->handle, nullptr, CLOCK_MONOTONIC, &deadline) == 0;
+#else
+  const timespec deadline = deadline_after(ms);
+  if (!thread->control.AwaitEnd(ms)) return false;
+  for (std::uint32_t steps = 0; pthread_tryjoin_np(thread->handle, nullptr) != 0; ++steps) {
+    // Not every C library notices the end of a thread that left by EndHere. The stack of such
+    // a thread stays mapped.
+    const bool left = thread->control.LeftByForce();
+    if (left ? steps >= kLastSteps : has_passed(deadline)) return left;
+    sleep_ms(1);
+  }
+  return true;
 #endif
 }
 
@@ -262,8 +273,10 @@ bool call_guarded(const std::function<void()>& call) {
   try {
     call();
     return true;
+#if KALVOBASE_HAS_FORCED_UNWIND
   } catch (const abi::__forced_unwind&) {
     throw;
+#endif
   } catch (...) {
     return false;
   }

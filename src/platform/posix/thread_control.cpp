@@ -106,7 +106,7 @@ bool ThreadControl::AwaitAnswer(std::uint32_t order, std::uint32_t ms) {
   bool inTime = true;
   while (inTime) {
     const std::uint32_t seen = answer_;
-    if (seen == order || seen == kEnded) return true;
+    if (seen == order || IsEnd(seen)) return true;
     inTime = futex_wait(&answer_, seen, &deadline, FutexScope::kProcess);
   }
   return false;
@@ -142,7 +142,7 @@ void ThreadControl::EndHere() {
   for (pthread_key_t key = 0; key < PTHREAD_KEYS_MAX; ++key) {
     if (pthread_getspecific(key) != nullptr) pthread_setspecific(key, nullptr);
   }
-  Answer(kEnded);
+  Answer(kLeft);
   // Ends the kernel's thread alone. The kernel tells the C library of it, so that a join
   // comes back, and lets go of robust mutexes.
   for (;;) syscall(SYS_exit, 0);

@@ -26,9 +26,10 @@ class ThreadControl {
   // ended, unless this is the `last` use of the control.
   void End(bool last);
 
-  bool HasEnded() const { return answer_ == kEnded; }
+  bool HasEnded() const { return IsEnd(answer_); }
   bool AwaitEnd(std::uint32_t ms) { return AwaitAnswer(kEnded, ms); }
   bool WasKilled() const { return order_ == kKill; }
+  bool LeftByForce() const { return answer_ == kLeft; }
 
   // For the thread itself: orders wait while the shields outnumber the unshields.
   void Shield() { shields_.store(Shields() + 1, std::memory_order_relaxed); }
@@ -59,7 +60,10 @@ class ThreadControl {
   static constexpr std::uint32_t kSuspend = 1;
   static constexpr std::uint32_t kKind = 1;
   static constexpr std::uint32_t kKill = 0xFFFFFFFE;
-  static constexpr std::uint32_t kEnded = 0xFFFFFFFF;  // an answer
+  static constexpr std::uint32_t kLeft = 0xFFFFFFFD;   // an answer: ended by EndHere
+  static constexpr std::uint32_t kEnded = 0xFFFFFFFF;  // an answer: the body has ended
+
+  static bool IsEnd(std::uint32_t answer) { return answer == kEnded || answer == kLeft; }
 
   bool IsOrdered() const {
     const std::uint32_t order = order_;
