@@ -41,6 +41,9 @@ bool PrintHistory(Kalvo_KValueTable* history, const char* path) {
        sample = stored.GetNext(key)) {
     AddUp(&total, sample->GetValueTable());
   }
+  // Counters since the system's start: their average says nothing.
+  total.Remove("processors");
+  total.Remove("network");
   DivideAll(&total, static_cast<long>(stored.GetCount()));
   std::puts("\nOn average:");
   PrintTree(&total, 2);

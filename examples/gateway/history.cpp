@@ -14,6 +14,21 @@ bool IsNumber(Kalvo_Value* value) {
   return value->GetValueType() >= Kalvo_VT_CHAR && value->GetValueType() <= Kalvo_VT_DOUBLE;
 }
 
+// The unit of the numbers below a key of a sample; null if the key has none of its own.
+const char* UnitBelow(Kalvo_Key* key) {
+  if (*key == "load") return " processes";
+  if (*key == "memory" || *key == "network") return " MiB";
+  return *key == "processors" ? " ticks" : nullptr;
+}
+
+void FormatNumber(Kalvo_Value* value, Kalvo_String* out) {
+  if (value->GetValueType() == Kalvo_VT_DOUBLE) {
+    out->sprintf_append("%.2f", value->GetDouble());
+  } else {
+    value->Format(out, 1);
+  }
+}
+
 }  // namespace
 
 bool SaveTable(Kalvo_KValueTable* table, const char* path) {
@@ -56,21 +71,26 @@ void DivideAll(Kalvo_KValueTable* table, long count) {
   }
 }
 
-void PrintTree(Kalvo_KValueTable* table, int indent) {
+void PrintTree(Kalvo_KValueTable* table, int indent, const char* unit) {
   Kalvo_Key* key = nullptr;
   for (Kalvo_Value* value = table->GetFirst(key); value != nullptr; value = table->GetNext(key)) {
     Kalvo_String line(' ', indent);
     line.strcat(key->GetSKey());
-    Kalvo_KValueTable* nested = value->GetValueTable();
-    if (nested == nullptr) {
-      line.Align('L', ' ', indent + kNameWidth);
-      if (*key == "time") {
-        line.Append_FormatDate(value->GetLong(), "yyyy-mm-dd hh:mi:ss");
-      } else {
-        value->Format(&line, 1);
-      }
+    if (Kalvo_KValueTable* nested = value->GetValueTable()) {
+      std::puts(line.c_str());
+      const char* below = UnitBelow(key);
+      PrintTree(nested, indent + 2, below != nullptr ? below : unit);
+      continue;
+    }
+    line.Align('L', ' ', indent + kNameWidth);
+    if (*key == "time") {
+      line.Append_FormatDate(value->GetLong(), "yyyy-mm-dd hh:mi:ss");
+    } else if (IsNumber(value)) {
+      FormatNumber(value, &line);
+      line.strcat(unit);
+    } else {
+      value->Format(&line, 1);
     }
     std::puts(line.c_str());
-    if (nested != nullptr) PrintTree(nested, indent + 2);
   }
 }

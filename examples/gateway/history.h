@@ -16,7 +16,8 @@ void AddUp(Kalvo_KValueTable* total, Kalvo_KValueTable* sample);
 // Divides each number by `count`.
 void DivideAll(Kalvo_KValueTable* table, long count);
 
-// Prints a table line by line, tables in it indented.
-void PrintTree(Kalvo_KValueTable* table, int indent);
+// Prints a table line by line, tables in it indented. Numbers without a unit of their own get
+// `unit`.
+void PrintTree(Kalvo_KValueTable* table, int indent, const char* unit = "");
 
 #endif  // GATEWAY_HISTORY_H_

@@ -78,7 +78,7 @@ void TakeNetwork(const Kalvo_StringArray& interfaces, Kalvo_KValueTable* network
     lines[i]->Delete(0, colon + 1);
     Kalvo_StringArray words;
     SplitWords(lines[i], &words);
-    if (words.GetSize() < 9) continue;
+    if (words.GetSize() < 9 || *words[0] == "0") continue;  // one that is not in use
     Kalvo_KValueTable* interface = network->InsertTable(name.c_str());
     interface->Insert("received")->Set(words[0]->ToFloat() / kBytesPerMib);
     interface->Insert("sent")->Set(words[8]->ToFloat() / kBytesPerMib);
