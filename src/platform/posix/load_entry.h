@@ -8,9 +8,7 @@ namespace platform {
 
 void process_attach();
 
-namespace {
-__attribute__((used)) void (*const load_entry)() = process_attach;
-}
+__attribute__((used)) constexpr void (*load_entry)() = process_attach;
 
 }  // namespace platform
 
