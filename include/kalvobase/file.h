@@ -15,7 +15,7 @@
 //
 // In paths that are handed in, `/` and `\` both separate components. Names that are found in
 // a directory are taken as they are, whatever bytes they hold. Errors are told by results;
-// the system's errno is left as it was set.
+// GetErrorCode of a stream tells why its last operation failed.
 //
 // Each object belongs to one thread at a time. The static operations and the functions may be
 // called from any thread; relative paths depend on the process's current directory.
@@ -178,7 +178,8 @@ class KALVO_API Kalvo_FileItem {
   int IsExist();
   int IsDir();
 
-  // Deletes the file, or the directory if it is empty. The item stays as it is.
+  // Deletes the file, or the directory if it is empty: what has the name now, also if the item
+  // was found to have vanished before. Of a symbolic link, the link. The item stays as it is.
   void Delete();
 
   // The absolute name: what was attached, behind the current directory if that was relative.
@@ -225,9 +226,10 @@ class KALVO_API Kalvo_FileItem {
   static const char* GetRealPathName(const char* path, Kalvo_String& out);
 
   // Deletes the files of a directory whose names match a pattern (see Kalvo_FindFiles), with
-  // `recursive` not 0 in all directories below it as well; directories stay. Symbolic links
-  // are deleted, not followed. How many matched. 0 for a null or empty path and for the root
-  // of the file system.
+  // `recursive` not 0 in all directories below it as well; directories stay. A pattern may begin
+  // with a sub-directory: "old/*.log". Symbolic links are deleted, not followed. Returns how many
+  // files matched. 0, with nothing touched, for a null or empty path, for the root of the file
+  // system, and for a pattern that leads out of the directory or names no files.
   static int DeleteFiles(const char* dir, const char* pattern, int recursive);
 
   // Deletes a directory with all it holds. Symbolic links in it are deleted, not followed.
@@ -305,8 +307,10 @@ KALVO_API int Kalvo_FileSafeCopy(const char* source, const char* destination, in
 // Renames a file, making the directories of the destination. If the destination exists,
 // `mode` 0 refuses, 1 replaces it, any other appends to it and removes the source. Returns the
 // size of the destination, when appending that of the source (the largest int if it is
-// larger), or
-//   -1  the destination exists and `mode` is 0, or the two are one file
+// larger). A destination that is another name of the source, a hard link or a symbolic link to
+// it, is replaced by it. Or returns
+//   -1  the destination exists and `mode` is 0, the two are the same name, or the source is a
+//       symbolic link to the same file
 //   -2  replacing: the destination has been removed, and then the renaming failed
 //   -3  the renaming failed, as it does from one volume to another
 //   -4  appending: the source has vanished

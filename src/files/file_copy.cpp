@@ -37,6 +37,37 @@ bool AreOneFile(const std::string& a, const std::string& b) {
          left.identity == right.identity;
 }
 
+// The directory that a path names its last component in, for the system.
+std::string ParentOf(const std::string& path) {
+  const std::size_t separator = path.rfind(platform::kPathSeparator);
+  return separator == std::string::npos ? "." : path.substr(0, separator + 1);
+}
+
+std::string LastOf(const std::string& path) {
+  return path.substr(path.rfind(platform::kPathSeparator) + 1);
+}
+
+// Two names of one file. The destination's name gets what the source's had. Refused are the same
+// name under two paths, and a source that is a link, which would lead to itself or nowhere.
+int ReplaceName(const std::string& from, const std::string& to, std::int64_t size) {
+  platform::FileStatus source;
+  platform::FileStatus destination;
+  if (!platform::name_status(from, &source) || !platform::name_status(to, &destination) ||
+      !platform::link_target(from).empty()) {
+    return kRefused;
+  }
+  if (!(source.identity == destination.identity)) {  // the destination is a link
+    return platform::file_rename(from, to) ? AsResult(size) : kRenamingFailed;
+  }
+  // A file with a single hard link has two names where the volume does not tell upper case from
+  // lower case, or is mounted twice.
+  const bool oneName = source.names < 2 || source.directory ||
+                       (LastOf(from) == LastOf(to) && AreOneFile(ParentOf(from), ParentOf(to)));
+  if (oneName) return kRefused;
+  // The system renames no hard link onto another of the same file.
+  return platform::file_remove(from) ? AsResult(size) : kRenamingFailed;
+}
+
 // Copies a whole file behind what `flags` leave of the destination. Whether as much was
 // written as the source had. If not, the destination is removed, a link to it staying; but it
 // is left alone as long as it was not opened, and if it is a device or a pipe.
@@ -92,7 +123,8 @@ int SafeRename(const char* source, const char* destination, int mode) {
   if (!platform::file_exists(to)) {
     return platform::file_rename(from, to) ? AsResult(status.size) : kRenamingFailed;
   }
-  if (mode == kRefuse || AreOneFile(from, to)) return kRefused;
+  if (mode == kRefuse) return kRefused;
+  if (AreOneFile(from, to)) return ReplaceName(from, to, status.size);
   if (mode == kReplace) {
     platform::file_remove(to);
     return platform::file_rename(from, to) ? AsResult(status.size) : kReplacingFailed;

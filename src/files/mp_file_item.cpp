@@ -59,12 +59,14 @@ void MP_FileItem::Split(std::size_t directoryLength, std::size_t name) {
   baseName_ = fullPath_.substr(name, hasDot ? dot - name : std::string::npos);
 }
 
+// Removes what has the name now, which may be another kind of file than the item knows.
 void MP_FileItem::Delete() {
-  if (!exists_) return;
-  if (!status_.directory || platform::is_link(SystemPath())) {
-    platform::file_remove(SystemPath());
-  } else {
+  platform::FileStatus now;
+  if (fullPath_.empty() || !platform::name_status(SystemPath(), &now)) return;
+  if (now.directory) {
     platform::directory_remove(SystemPath());
+  } else {
+    platform::file_remove(SystemPath());
   }
 }
 

@@ -2,12 +2,15 @@
 
 #include "files/path.h"
 #include "platform/file.h"
+#include "platform/kept_error.h"
 
 int MP_FileStream::Open(const char* name, int flags, int permissions) {
   const bool readOnly = (flags & ~platform::kOpenBinary) == platform::kOpenReadOnly;
-  const int descriptor = readOnly
-                             ? platform::file_open(platform::system_path(name), flags, permissions)
-                             : path::SafeOpen(name, flags, permissions);
+  platform::KeptError error;
+  const std::string system = platform::system_path(name);
+  const int descriptor = readOnly ? platform::file_open(system, flags, permissions)
+                                  : path::SafeOpen(name, flags, permissions);
+  error.Note();
   if (descriptor >= 0) Attach(descriptor, readOnly ? 0 : 2);
   return descriptor;
 }

@@ -5,6 +5,7 @@
 
 #include "kalvobase/text.h"
 #include "platform/file.h"
+#include "platform/kept_error.h"
 
 namespace path {
 namespace {
@@ -135,7 +136,11 @@ void MakeDirectory(const char* path) {
 
 int SafeOpen(const char* path, int flags, int permissions) {
   if ((flags & platform::kOpenCreate) != 0) MakeParents(path);
-  return platform::file_open(platform::system_path(path), flags, permissions);
+  platform::KeptError error;
+  const std::string system = platform::system_path(path);
+  const int descriptor = platform::file_open(system, flags, permissions);
+  error.Note();
+  return descriptor;
 }
 
 }  // namespace path

@@ -1,23 +1,56 @@
 #include "files/tree_removal.h"
 
+#include <algorithm>
 #include <climits>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "files/path.h"
 #include "files/wildcard.h"
 #include "platform/directory.h"
+#include "platform/file.h"
 
 namespace {
+
+// A pattern of files in a directory: the sub-directories that it names, and the pattern of their
+// files.
+struct Pattern {
+  std::vector<std::string> directories;
+  std::string name;
+};
+
+// False for a pattern that leads out of the directory, or names no files.
+bool SplitPattern(std::string_view text, Pattern* pattern) {
+  for (;;) {
+    const std::size_t end = std::min(text.find_first_of("/\\"), text.size());
+    const std::string_view part = text.substr(0, end);
+    const bool last = end == text.size();
+    if (last) {
+      pattern->name = part;
+      return !part.empty() && part != "." && part != "..";
+    }
+    if (part == "..") {
+      if (pattern->directories.empty()) return false;
+      pattern->directories.pop_back();
+    } else if (!part.empty() && part != ".") {
+      pattern->directories.emplace_back(part);
+    }
+    text.remove_prefix(end + 1);
+  }
+}
 
 // One walk. Whatever the depth, it has few directories open, and goes back through "..",
 // after which it makes sure that it stands where it came from. If somebody has moved the
 // directory meanwhile, what is left of that branch is given up.
 class Removal {
  public:
-  Removal(const char* pattern, bool recursive, bool withDirectories)
-      : wildcard_(pattern, false), recursive_(recursive), withDirectories_(withDirectories) {}
+  Removal(const Pattern& pattern, bool recursive, bool withDirectories)
+      : directories_(pattern.directories),
+        wildcard_(pattern.name, false),
+        recursive_(recursive),
+        withDirectories_(withDirectories) {}
 
   // The number of files that matched.
   int Run(platform::Directory* root) {
@@ -53,14 +86,23 @@ class Removal {
       Enter(name);
       return;
     }
-    if (child != nullptr) DeleteFiles(child.get());
+    if (child != nullptr) Visit(child.get());
     Remove(name);  // what cannot be read may be empty
   }
 
   void Enter(const std::string& name) {
     Level level{name, platform::directory_identity(directory_.get()), {}};
-    level.directories = DeleteFiles(directory_.get());
+    level.directories = Visit(directory_.get());
     levels_.push_back(std::move(level));
+  }
+
+  // Does what is to be done in the directory that becomes the next level, and gives the
+  // directories in it that are to be entered. The directories of a pattern lead from each
+  // directory that is searched to the one that holds its files.
+  std::vector<std::string> Visit(platform::Directory* directory) {
+    const std::size_t step = levels_.size() % (directories_.size() + 1);
+    if (step < directories_.size()) return {directories_[step]};
+    return DeleteFiles(directory);
   }
 
   // Deletes the files of a directory, once all its names are known, and gives the directories
@@ -118,6 +160,7 @@ class Removal {
     if (withDirectories_) platform::entry_remove_directory(directory_.get(), name.c_str());
   }
 
+  const std::vector<std::string> directories_;
   const Wildcard wildcard_;
   const bool recursive_;
   const bool withDirectories_;
@@ -128,32 +171,48 @@ class Removal {
 };
 
 bool DeleteTree(platform::Directory* parent, platform::Directory* root, const std::string& name) {
-  Removal("*", true, true).Run(root);
+  Removal({{}, "*"}, true, true).Run(root);
   // By now the name may be that of another directory.
   return platform::entry_identity(parent, name.c_str()) == platform::directory_identity(root) &&
          platform::entry_remove_directory(parent, name.c_str());
 }
 
+// The root has a name of its own, which tells even where its identity does not.
+bool IsNameOfRoot(const std::string& path) {
+  return path.find_first_not_of(platform::kPathSeparator) == std::string::npos;
+}
+
+std::string LastOf(const std::string& path) {
+  return path.substr(path.rfind(platform::kPathSeparator) + 1);
+}
+
 }  // namespace
 
+platform::DirectoryHandle OpenForRemoval(const std::string& path, bool follow,
+                                         bool (*isRoot)(platform::Directory*)) {
+  // Relative paths are left only where the current directory cannot be told.
+  if (IsNameOfRoot(path) || LastOf(path) == "..") return nullptr;
+  const std::string resolved = platform::resolve_links(path);
+  if (!resolved.empty() && IsNameOfRoot(resolved)) return nullptr;
+  platform::DirectoryHandle directory = platform::directory_open(path, follow);
+  return directory != nullptr && !isRoot(directory.get()) ? std::move(directory) : nullptr;
+}
+
 int DeleteMatchingFiles(const char* directory, const char* pattern, bool recursive) {
-  const std::string path = path::Normalise(directory).system;
-  if (pattern == nullptr || path.empty()) return 0;
-  const platform::DirectoryHandle root = platform::directory_open(path, true);
-  if (root == nullptr || platform::directory_is_root(root.get())) return 0;
-  return Removal(pattern, recursive, false).Run(root.get());
+  Pattern parts;
+  if (pattern == nullptr || !SplitPattern(pattern, &parts)) return 0;
+  const platform::DirectoryHandle root =
+      OpenForRemoval(path::Normalise(directory).system, true, platform::directory_is_root);
+  return root != nullptr ? Removal(parts, recursive, false).Run(root.get()) : 0;
 }
 
 bool DeleteDirectoryTree(const char* directory) {
   const std::string path = path::Normalise(directory).system;
-  if (path.empty()) return false;
-  const platform::DirectoryHandle root = platform::directory_open(path, false);
+  const platform::DirectoryHandle root = OpenForRemoval(path, false, platform::directory_is_root);
   if (root == nullptr) return platform::directory_remove(path);  // it may be empty
-  if (platform::directory_is_root(root.get())) return false;
   const platform::DirectoryHandle parent = platform::directory_open_parent(root.get());
   if (parent == nullptr) return platform::directory_remove(path);
-  return DeleteTree(parent.get(), root.get(),
-                    path.substr(path.rfind(platform::kPathSeparator) + 1));
+  return DeleteTree(parent.get(), root.get(), LastOf(path));
 }
 
 bool DeleteDirectoryTree(platform::Directory* parent, const std::string& name) {

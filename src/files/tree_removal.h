@@ -8,8 +8,15 @@
 
 #include "platform/directory.h"
 
-// Deletes the files of a directory whose names match a pattern, in all directories below it,
-// too, if `recursive`. How many matched. A pattern holds no separators.
+// Opens a directory that is to be emptied, by its path in the system's form. Null if that is the
+// root of the file system by its name, also behind links, or by its identity, for which `isRoot`
+// asks: one of the two checks may be deceived. Null for an empty path.
+platform::DirectoryHandle OpenForRemoval(const std::string& path, bool follow,
+                                         bool (*isRoot)(platform::Directory*));
+
+// Deletes the files of a directory whose names match a pattern. A pattern may begin with
+// sub-directories of that directory. If `recursive`, all directories next to the files are searched
+// in the same way. Returns how many files matched.
 int DeleteMatchingFiles(const char* directory, const char* pattern, bool recursive);
 
 // Deletes a directory, which must not be a link, with all it holds. Whether it is gone.

@@ -48,17 +48,20 @@ struct FileStatus {
   std::int64_t size = 0;      // in bytes
   std::int64_t accessed = 0;  // these three in seconds since 1970
   std::int64_t modified = 0;
-  std::int64_t created = 0;             // the last change where the file system keeps no birth
+  std::int64_t created = 0;             // the last change where the file system keeps no birth time
   std::int32_t createdNanoseconds = 0;  // behind that second
+  bool birthKnown = false;              // `created` is the birth time
+  std::uint64_t names = 0;              // how many hard links the file has
   FileIdentity identity;
 };
 
 // Of a link, the status of what it points to. False if there is none.
 bool file_status(const std::string& path, FileStatus* status);
 
-bool file_exists(const std::string& path);
+// Of a link, the status of the link itself.
+bool name_status(const std::string& path, FileStatus* status);
 
-bool is_link(const std::string& path);
+bool file_exists(const std::string& path);
 
 // Makes a link at `path` to `target`, which is told from where the link lies. Where a system
 // keeps its links for administrators, nothing is made.
@@ -89,7 +92,7 @@ extern const int kOpenReadWrite;
 extern const int kOpenCreate;
 extern const int kOpenTruncate;
 extern const int kOpenAppend;
-constexpr int kOpenBinary = 0x8000;
+extern const int kOpenBinary;
 
 // The descriptor, or -1. A directory is not opened.
 int file_open(const std::string& path, int flags, int permissions);
@@ -103,7 +106,7 @@ bool file_is_nameless(int descriptor);
 std::int64_t file_read(int descriptor, char* buffer, std::size_t size);
 std::int64_t file_write(int descriptor, const char* data, std::size_t size);
 
-// Whether nobody at its other end would be told to the process by a signal.
+// True for pipes and sockets: writing to one without a reader raises SIGPIPE.
 bool file_is_pipe(int descriptor);
 
 // As file_write; no signal is raised.

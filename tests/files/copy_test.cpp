@@ -53,10 +53,7 @@ TEST(FileCopy, Modes) {
   fs::create_hard_link(source, folder.Path("hard"));
   fs::create_symlink("source", folder.Path("soft"));
   for (const char* other : {"source", "hard", "soft"}) {
-    for (const int mode : {0, 1, 2}) {
-      EXPECT_EQ(Copy(source, folder.Path(other), mode), -1);
-      EXPECT_EQ(Rename(source, folder.Path(other), mode), -1);
-    }
+    for (const int mode : {0, 1, 2}) EXPECT_EQ(Copy(source, folder.Path(other), mode), -1);
   }
   EXPECT_EQ(Content(source).size(), 10001u);
   EXPECT_EQ(support::OpenDescriptors(), before);
@@ -122,6 +119,44 @@ TEST(FileRename, Modes) {
   EXPECT_EQ(Rename(source, folder.Path("dir"), 1), -2);
   EXPECT_EQ(Rename(source, folder.Path("source/below"), 0), -3);
   EXPECT_EQ(Content(source), "kept");
+}
+
+// Renaming onto another name of the same file replaces that name.
+TEST(FileRename, OntoTheSameFile) {
+  const support::Folder folder;
+  const std::string file = folder.Path("file");
+  fs::create_directory(folder.Path("dir"));
+  fs::create_directory_symlink("dir", folder.Path("other"));
+  for (const int mode : {0, 1, 2}) {
+    folder.Write("file", "kept");
+    folder.Write("dir/file", "kept");
+    fs::create_symlink("file", folder.Path("soft"));
+    fs::create_symlink("soft", folder.Path("softer"));
+    // The same name, and sources that lead to the destination.
+    for (const char* from : {"dir", "dir/", "other", "other/"}) {
+      EXPECT_EQ(Rename(folder.Path(from), folder.Path("dir"), mode), -1) << from;
+      EXPECT_EQ(Rename(folder.Path(from), folder.Path("dir/"), mode), -1) << from;
+    }
+    for (const char* from : {"file", "dir/../file", "soft", "softer"}) {
+      EXPECT_EQ(Rename(folder.Path(from), file, mode), -1) << from;
+    }
+    EXPECT_EQ(Rename(folder.Path("softer"), folder.Path("soft"), mode), -1);
+    EXPECT_EQ(Rename(folder.Path("dir/file"), folder.Path("other/file"), mode), -1);
+    EXPECT_EQ(Content(folder.Path("dir/file")), "kept");
+    for (const char* name : {"dir/hard", "softer", "soft"}) {
+      const std::string to = folder.Path(name);
+      if (!fs::exists(to)) fs::create_hard_link(file, to);
+      EXPECT_EQ(Rename(file, to, mode), mode == 0 ? -1 : 4) << name;
+      if (mode == 0) continue;
+      EXPECT_FALSE(fs::exists(file));
+      EXPECT_FALSE(fs::is_symlink(to));
+      EXPECT_EQ(Content(to), "kept") << name;
+      fs::rename(to, file);
+    }
+    fs::remove(folder.Path("soft"));
+    fs::remove(folder.Path("softer"));
+    fs::remove(folder.Path("dir/hard"));
+  }
 }
 
 TEST(FileCopy, AFullVolume) {

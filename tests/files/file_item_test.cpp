@@ -114,7 +114,12 @@ TEST(FileItem, DeletesLinksNotWhatTheyPointTo) {
   std::filesystem::remove(folder.Path("replaced"));
   folder.Write("replaced", "a file now");
   replaced.Delete();  // it was a directory
-  EXPECT_EQ(support::Content(folder.Path("replaced")), "a file now");
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("replaced")));
+  EXPECT_EQ(replaced.IsModifiedSinceLastCheck(), -1);
+  folder.Write("replaced", "back");
+  EXPECT_EQ(replaced.IsExist(), 0);
+  replaced.Delete();
+  EXPECT_FALSE(std::filesystem::exists(folder.Path("replaced")));
   Kalvo_FileItem dir;
   dir.AttachFile(folder.Path("dir").c_str());
   dir.Delete();  // it is not empty

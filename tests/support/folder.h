@@ -19,7 +19,9 @@ class Folder {
  public:
   Folder() {
     std::string name = (std::filesystem::temp_directory_path() / "kalvobase_test.XXXXXX").string();
-    if (mkdtemp(&name[0]) != nullptr) path_ = name;
+    // Without a folder of its own a test would work on the root of the file system.
+    if (mkdtemp(&name[0]) == nullptr) std::abort();
+    path_ = name;
   }
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;

@@ -51,6 +51,18 @@ class PipeSignalHeld {
   bool wasPending_;
 };
 
+// The administrator of the machine may use what a volume keeps in reserve. That of a user
+// namespace, whose numbers stand for others, may not.
+bool MayUseReserve() {
+  if (geteuid() != 0) return false;
+  const std::unique_ptr<FILE, int (*)(FILE*)> map(fopen("/proc/self/uid_map", "re"), fclose);
+  unsigned inside = 0;
+  unsigned outside = 0;
+  unsigned count = 0xFFFFFFFF;
+  if (map != nullptr && fscanf(map.get(), "%u %u %u", &inside, &outside, &count) != 3) return false;
+  return inside == 0 && outside == 0 && count == 0xFFFFFFFF;
+}
+
 }  // namespace
 
 const char kPathSeparator = '/';
@@ -74,12 +86,11 @@ bool file_status(const std::string& path, FileStatus* status) {
   return status_at(AT_FDCWD, path.c_str(), 0, status);
 }
 
-bool file_exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
-
-bool is_link(const std::string& path) {
-  struct stat status;
-  return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+bool name_status(const std::string& path, FileStatus* status) {
+  return status_at(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, status);
 }
+
+bool file_exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
 bool link_make(const std::string& target, const std::string& path) {
   return symlink(target.c_str(), path.c_str()) == 0;
@@ -101,10 +112,22 @@ bool volume_space(const std::string& path, VolumeSpace* space) {
   if (statvfs(path.c_str(), &volume) != 0) return false;
   space->total = std::uint64_t{volume.f_blocks} * volume.f_frsize;
   space->free = std::uint64_t{volume.f_bfree} * volume.f_frsize;
-  space->available = std::uint64_t{volume.f_bavail} * volume.f_frsize;
+  space->available =
+      MayUseReserve() ? space->free : std::uint64_t{volume.f_bavail} * volume.f_frsize;
   return true;
 }
 
+namespace {
+
+// What hosts pass for binary files. Some systems use this bit for a flag of their own, which must
+// then reach the system.
+constexpr int kHostBinary = 0x8000;
+constexpr int kSystemFlags =
+    O_NOFOLLOW | O_DIRECTORY | O_NOCTTY | O_NONBLOCK | O_SYNC | O_DSYNC | O_DIRECT;
+
+}  // namespace
+
+const int kOpenBinary = kHostBinary & ~kSystemFlags;
 const int kOpenReadOnly = O_RDONLY;
 const int kOpenWriteOnly = O_WRONLY;
 const int kOpenReadWrite = O_RDWR;

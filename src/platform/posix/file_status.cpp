@@ -27,6 +27,8 @@ bool OldStatusAt(int directory, const char* name, int flags, FileStatus* status)
   status->modified = old.st_mtime;
   status->created = old.st_ctim.tv_sec;
   status->createdNanoseconds = static_cast<std::int32_t>(old.st_ctim.tv_nsec);
+  status->birthKnown = false;
+  status->names = old.st_nlink;
   status->identity = {old.st_dev, old.st_ino};
   return true;
 }
@@ -44,10 +46,11 @@ bool status_at(int directory, const char* name, int flags, FileStatus* status) {
   status->size = static_cast<std::int64_t>(now.stx_size);
   status->accessed = now.stx_atime.tv_sec;
   status->modified = now.stx_mtime.tv_sec;
-  const statx_timestamp& created =
-      (now.stx_mask & STATX_BTIME) != 0 ? now.stx_btime : now.stx_ctime;
+  status->birthKnown = (now.stx_mask & STATX_BTIME) != 0;
+  const statx_timestamp& created = status->birthKnown ? now.stx_btime : now.stx_ctime;
   status->created = created.tv_sec;
   status->createdNanoseconds = static_cast<std::int32_t>(created.tv_nsec);
+  status->names = now.stx_nlink;
   status->identity = {makedev(now.stx_dev_major, now.stx_dev_minor), now.stx_ino};
   return true;
 }
