@@ -9,6 +9,8 @@
 
 namespace ini {
 
+inline bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
 // Without the blanks, which are spaces and tabs, at the end, and at both ends.
 std::string_view TrimRight(std::string_view text);
 std::string_view Trim(std::string_view text);

@@ -1,6 +1,7 @@
 #include "config/ini_writer.h"
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include "config/ini_text.h"
@@ -29,6 +30,28 @@ struct Level {
     return next;
   }
 };
+
+// The first two bytes that the parser will see of a line. It drops all carriage returns, and the
+// blanks in front.
+std::string SeenBegin(std::string_view line) {
+  std::string begin;
+  for (const char c : line) {
+    if (c == '\r' || (begin.empty() && ini::IsBlank(c))) continue;
+    begin += c;
+    if (begin.size() == 2) break;
+  }
+  return begin;
+}
+
+// The byte at an end of a text that the parser will see there; 0 if it sees none.
+char SeenFirst(std::string_view text) {
+  const std::size_t at = text.find_first_not_of('\r');
+  return at != std::string_view::npos ? text[at] : '\0';
+}
+char SeenLast(std::string_view text) {
+  const std::size_t at = text.find_last_not_of('\r');
+  return at != std::string_view::npos ? text[at] : '\0';
+}
 
 }  // namespace
 
@@ -61,6 +84,7 @@ void IniWriter::Open(const MP_XIniSection& section) {
   Put(tag ? "> " : "] ");
   Put(section.openComment);
   Put("\n");
+  NoteFurtherLines(section.openComment);
 }
 
 void IniWriter::WriteEntries(const MP_XIniSection& section) {
@@ -80,27 +104,43 @@ void IniWriter::WriteEntries(const MP_XIniSection& section) {
     Put(quote);
     if (entry->tail) WriteTail(*entry);
     Put("\n");
+    NoteKey(*entry);
   }
 }
 
-// Keeps account of block comments as the parser does. A host may have given several lines.
 void IniWriter::WriteComment(std::string_view text) {
+  NoteLines(text);
+  Put(text);
+  Put("\n");
+}
+
+// A host may have given a name that begins like a comment, and texts of several lines.
+void IniWriter::NoteKey(const IniEntry& entry) {
+  NoteLines(entry.name);
+  NoteFurtherLines(entry.text);
+  if (entry.tail) NoteFurtherLines({entry.tail->c_str(), entry.tail->length()});
+}
+
+void IniWriter::NoteFurtherLines(std::string_view text) {
+  const std::size_t end = text.find('\n');
+  if (end != std::string_view::npos) NoteLines(text.substr(end + 1));
+}
+
+// Keeps account of block comments as the parser does.
+void IniWriter::NoteLines(std::string_view text) {
   for (std::string_view left = text;;) {
     const std::size_t end = std::min(left.find('\n'), left.size());
-    const std::string_view begin = ini::Trim(left.substr(0, end)).substr(0, 2);
-    if (begin == (inBlockComment_ ? "*/" : "/*")) inBlockComment_ = !inBlockComment_;
+    if (SeenBegin(left.substr(0, end)) == (inBlockComment_ ? "*/" : "/*"))
+      inBlockComment_ = !inBlockComment_;
     if (end == left.size()) break;
     left.remove_prefix(end + 1);
   }
-  Put(text);
-  Put("\n");
 }
 
 // The value must not lose a slash to its comment, which begins at the first two of them.
 void IniWriter::WriteTail(const IniEntry& entry) {
   const std::string_view tail(entry.tail->c_str(), entry.tail->length());
-  const bool slash = !entry.text.empty() && entry.text.back() == '/';
-  if (entry.quote == '\0' && slash && !tail.empty()) Put(" ");
+  if (entry.quote == '\0' && SeenLast(entry.text) == '/' && SeenFirst(tail) == '/') Put(" ");
   Put(tail);
 }
 
@@ -118,6 +158,7 @@ void IniWriter::Close(const MP_XIniSection& section, const MP_XIniSection* next)
   Put("> ");
   Put(section.closeComment);
   Put("\n");
+  NoteFurtherLines(section.closeComment);
 }
 
 void IniWriter::PutIndent(int depth) { out_->PutRun('\t', std::min(depth, kDeepestIndent)); }

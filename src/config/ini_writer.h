@@ -21,6 +21,9 @@ class IniWriter {
   void WriteEntries(const MP_XIniSection& section);
   void WriteComment(std::string_view text);
   void WriteTail(const IniEntry& entry);
+  void NoteKey(const IniEntry& entry);
+  void NoteFurtherLines(std::string_view text);
+  void NoteLines(std::string_view text);
   void Close(const MP_XIniSection& section, const MP_XIniSection* next);
   void Put(std::string_view text) { out_->WriteBlock(text.data(), static_cast<int>(text.size())); }
   void PutIndent(int depth);

@@ -159,6 +159,37 @@ TEST_F(Ini, SavedDocumentsMeanTheSame) {
   }
   EXPECT_EQ(Value("k"), "1");
 
+  // The parser drops carriage returns.
+  Load("");
+  ini.Write(nullptr, "/\r* a");
+  ini.Write("k", 1, 0);
+  Load(Saved());
+  EXPECT_EQ(Value("k"), "1");
+  // Block comments that begin in what is no comment.
+  for (int where = 0; where < 3; ++where) {
+    Load("");
+    ini.Write(where == 0 ? "/\r* x" : "x", where == 1 ? "v\n/* b" : "v");
+    if (where == 2) ini.GetTailComment("x")->strcpy("// a\n/* b");
+    ini.Write("k", 1, 0);
+    Load(Saved());
+    EXPECT_EQ(Value("k"), "1") << where;
+  }
+  struct Row {
+    const char* value;
+    const char* tail;
+    const char* line;
+  };
+  for (const Row& t : {Row{"a/", "//t", "k = a/ //t\n"}, Row{"a/", " //t", "k = a/ //t\n"},
+                       Row{"a/\r", "\r//t", "k = a/\r \r//t\n"}, Row{"a", "//t", "k = a//t\n"}}) {
+    Load("");
+    ini.Write("k", t.value);
+    ini.GetTailComment("k")->strcpy(t.tail);
+    EXPECT_EQ(Saved(), t.line);
+    Load(Saved());
+    EXPECT_EQ(Value("k"), t.value[1] == '/' ? "a/" : "a");
+    EXPECT_EQ(Tail("k"), "//t");
+  }
+
   Load("[a]\nx = 1\n</a> the end\n<b>\ny = 2\n</b>\n");
   const std::string saved = Saved();
   EXPECT_EQ(saved, "[a] \n\t\tx = 1\n</a>  the end\n\t<b> \n\t\ty = 2\n\t</b> \n");
