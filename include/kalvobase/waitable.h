@@ -62,8 +62,11 @@ class KALVO_API Kalvo_Event : public Kalvo_BaseEvent {
   // Waits for the signal. An event with automatic reset is unsignalled afterwards.
   int Wait(unsigned long ms) override;
 
-  // The system's event behind this one, owned by it. It blocks until the first Set
-  // also on an event that was made signalled.
+  // The system's event behind this one, owned by it. On Windows a handle for the
+  // system's own waits, which block until the first Set also on an event that was made
+  // signalled. On POSIX an address that tells events apart and serves for nothing else:
+  // it is no descriptor, and poll or select cannot wait for it. Null if the event could
+  // not be made.
   void* GetHandle();
 
  private:

@@ -25,7 +25,7 @@ Kalvo_Thread::Kalvo_Thread(unsigned long (*routine)(void*), void* context, long 
 Kalvo_Thread::Kalvo_Thread(const Kalvo_Thread& other) = default;
 Kalvo_Thread& Kalvo_Thread::operator=(const Kalvo_Thread& other) = default;
 Kalvo_Thread::~Kalvo_Thread() {
-  if (Kalvo_KObjManager* monitor = Kalvo_KObjManager::Get()) monitor->DeleteThread(impl_);
+  if (Kalvo_KObjManager* monitor = Kalvo_KObjManager::Find()) monitor->DeleteThread(impl_);
 }
 
 void Kalvo_Thread::Destroy() { delete MaybeNull(this); }

@@ -61,13 +61,14 @@ void AfterFork() {
 }
 
 void InForkedChild() {
-  MP_KernelDebug::Release();
+  MP_KernelDebug::GoOnInChild();
   Kalvo_KObjManager::ReleaseRegistry();
   Kalvo_TimerManager::GoOnInChild();
   socket_managers::GoOnInChild();
 }
 
 void WatchForks() {
+  platform::threads_watch_forks();
   static const bool watching = (platform::watch_forks(BeforeFork, AfterFork, InForkedChild), true);
   static_cast<void>(watching);
 }

@@ -8,7 +8,7 @@ Kalvo_Log::Kalvo_Log(int) : impl_(nullptr) {
 Kalvo_Log::Kalvo_Log(const Kalvo_Log& other) = default;
 Kalvo_Log& Kalvo_Log::operator=(const Kalvo_Log& other) = default;
 Kalvo_Log::~Kalvo_Log() {
-  if (Kalvo_KObjManager* monitor = Kalvo_KObjManager::Get()) monitor->DeleteLog(impl_);
+  if (Kalvo_KObjManager* monitor = Kalvo_KObjManager::Find()) monitor->DeleteLog(impl_);
 }
 
 void Kalvo_Log::Init(const char* name, int level) {

@@ -14,18 +14,20 @@ Kalvo_KObjManager* Kalvo_KObjManager::Get() {
   return monitor;
 }
 
+Kalvo_KObjManager* Kalvo_KObjManager::Find() { return theMonitor.Peek(); }
+
 void Kalvo_KObjManager::Make() { theMonitor.Get(); }
 
 void Kalvo_KObjManager::Stop() {
-  if (Kalvo_KObjManager* monitor = Get()) monitor->StopThreads();
+  if (Kalvo_KObjManager* monitor = Find()) monitor->StopThreads();
 }
 
 void Kalvo_KObjManager::Free() { theMonitor.Free(); }
 
 void Kalvo_KObjManager::HoldRegistry() {
-  if (Kalvo_KObjManager* monitor = theMonitor.Peek()) monitor->Hold();
+  if (Kalvo_KObjManager* monitor = Find()) monitor->Hold();
 }
 
 void Kalvo_KObjManager::ReleaseRegistry() {
-  if (Kalvo_KObjManager* monitor = theMonitor.Peek()) monitor->Release();
+  if (Kalvo_KObjManager* monitor = Find()) monitor->Release();
 }

@@ -10,6 +10,9 @@ class Kalvo_KObjManager : public MP_KObjManager {
   // The monitor, whose thread runs from the first call on. Null if memory ran out.
   static Kalvo_KObjManager* Get();
 
+  // The monitor if there is one, for callers that need no thread of it.
+  static Kalvo_KObjManager* Find();
+
   // The steps of the library's start and stop.
   static void Make();
   static void Stop();

@@ -16,7 +16,7 @@ class MP_Log;
 
 class MP_KObjManager {
  public:
-  // Its thread stands at the start gate.
+  // Has no thread yet.
   MP_KObjManager();
   MP_KObjManager(const MP_KObjManager&) = delete;
   MP_KObjManager& operator=(const MP_KObjManager&) = delete;
@@ -24,7 +24,8 @@ class MP_KObjManager {
   // Stops every thread and closes every log that is left.
   virtual ~MP_KObjManager();
 
-  // Releases the thread, or makes another if the process was forked from one that has it.
+  // Makes the thread, or another one if the process was forked from one that has it. Does nothing
+  // after StopThreads.
   void EnsureRunning();
 
   // For a fork: nobody else holds the registry or a log between the two.
@@ -54,7 +55,6 @@ class MP_KObjManager {
 
   static unsigned long DoMonitor(void* self);
   void Monitor();
-  void MakeThread();
   bool Add(std::unique_ptr<Node> node);
   void Delete(const void* object);
   std::unique_ptr<Node> TakeThread();
@@ -65,8 +65,9 @@ class MP_KObjManager {
   MP_Lock lock_;
   Kalvo_Queue registry_{0, 0};
   platform::Event* stop_;  // cuts the monitor's sleep short
-  std::atomic<bool> released_{false};
-  std::atomic<std::uint32_t> forks_;         // when the thread was made
+  std::atomic<bool> started_{false};
+  std::atomic<bool> stopped_{false};
+  std::atomic<std::uint32_t> forks_{0};      // when the thread was made
   std::atomic<MP_Thread*> thread_{nullptr};  // not in the registry
 };
 

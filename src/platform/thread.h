@@ -14,6 +14,11 @@ namespace platform {
 
 struct Thread;
 
+// Keeps the register of threads whole in a child of fork. The first thread_create does it at the
+// latest. Locks under which threads are made must be watched after this, so that a fork takes them
+// before that of the register.
+void threads_watch_forks();
+
 // Starts a thread that runs `body(context)`. `name` is what the system's tools show, as much
 // of it as they take. Null on failure. The other calls take a null thread and give their
 // failure result.
@@ -60,6 +65,20 @@ class ThreadShield {
   ThreadShield(const ThreadShield&) = delete;
   ThreadShield& operator=(const ThreadShield&) = delete;
   ~ThreadShield();
+};
+
+// While one of these lives, the calling thread and the threads that it makes take no signals but
+// the reserved one and those for errors of the thread itself. For threads of the library's own,
+// which must not take a signal that the host waits for.
+class SignalsBlocked {
+ public:
+  SignalsBlocked();
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+  ~SignalsBlocked();
+
+ private:
+  alignas(long) unsigned char before_[128];  // the mask that is restored
 };
 
 // Ends the calling thread, which thread_create made, without unwinding.

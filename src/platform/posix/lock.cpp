@@ -4,7 +4,7 @@
 
 #include "platform/posix/futex.h"
 #include "platform/posix/spin.h"
-#include "platform/posix/thread_number.h"
+#include "platform/thread_number.h"
 
 namespace platform {
 namespace {

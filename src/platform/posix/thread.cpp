@@ -139,9 +139,7 @@ bool JoinOrKill(Thread* thread, std::uint32_t ms) {
 
 // These expect the register to be locked.
 void Prepare() {
-  if (all.prepared) return;
-  static const bool watching = (watch_forks(HoldRegister, ReleaseRegister, GoOnInChild), true);
-  all.prepared = ThreadControl::InstallHandler() && watching;
+  if (!all.prepared) all.prepared = ThreadControl::InstallHandler();
 }
 
 void Forget(Thread* thread) {
@@ -173,7 +171,13 @@ void FreeDetached() {
 
 }  // namespace
 
+void threads_watch_forks() {
+  static const bool watching = (watch_forks(HoldRegister, ReleaseRegister, GoOnInChild), true);
+  static_cast<void>(watching);
+}
+
 Thread* thread_create(void (*body)(void*), void* context, const char* name) {
+  threads_watch_forks();
   FreeDetached();
   std::unique_ptr<Thread> thread(new (std::nothrow) Thread);
   if (thread == nullptr) return nullptr;

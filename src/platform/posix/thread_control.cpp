@@ -10,6 +10,7 @@
 #include "platform/posix/deadline.h"
 #include "platform/posix/futex.h"
 #include "platform/posix/sanitizer.h"
+#include "platform/thread.h"
 #include "platform/wait_result.h"
 
 #if KALVOBASE_THREAD_SANITIZER
@@ -161,6 +162,20 @@ void ThreadControl::RemoveHandler() {
   if (KALVOBASE_SIGACTION(Signal(), nullptr, &now) == 0 && now.sa_handler == OnSignal) {
     KALVOBASE_SIGACTION(Signal(), &replaced, nullptr);
   }
+}
+
+SignalsBlocked::SignalsBlocked() {
+  static_assert(sizeof(sigset_t) <= sizeof(before_), "the mask has its place");
+  sigset_t blocked;
+  sigfillset(&blocked);
+  for (const int open : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, Signal()}) {
+    sigdelset(&blocked, open);
+  }
+  pthread_sigmask(SIG_SETMASK, &blocked, reinterpret_cast<sigset_t*>(before_));
+}
+
+SignalsBlocked::~SignalsBlocked() {
+  pthread_sigmask(SIG_SETMASK, reinterpret_cast<const sigset_t*>(before_), nullptr);
 }
 
 }  // namespace platform
