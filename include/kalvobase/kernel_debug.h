@@ -18,6 +18,10 @@
 // something to say, often with a lock of the library held, so they must not make or destroy
 // threads, logs or timers, and should return soon. What they are given is good for the call
 // only. A format may end in a line feed or not. Chinese texts are GBK.
+//
+// At the end of the process static objects are destroyed in the reverse order of their making. When
+// that comes to the moment at which a callback was first set, or first called, it is not called any
+// more. So it may use static objects that existed by then, its own among them.
 
 #ifndef KALVOBASE_KERNEL_DEBUG_H_
 #define KALVOBASE_KERNEL_DEBUG_H_

@@ -29,25 +29,36 @@ class MP_KernelDebug {
   // For a fork: nobody else uses the error log between the two.
   static void Hold();
   static void Release();
+  static void GoOnInChild();
 
   void Print(int level, const char* format, va_list args);
   void Log(int level, const char* format, va_list args);
 
-  void SetPrint(KernelDebugFunction function) { print_ = OrNothing(function); }
-  void SetLog(KernelDebugFunction function) { log_ = OrNothing(function); }
-  void SetErrorLog(KernelDebugFunction function) { error_ = OrNothing(function); }
+  void SetPrint(KernelDebugFunction function) { Set(&print_, function); }
+  void SetLog(KernelDebugFunction function) { Set(&log_, function); }
+  void SetErrorLog(KernelDebugFunction function) { Set(&error_, function); }
 
  private:
-  static void DoNothing(int level, const char* format, va_list args);
-  static KernelDebugFunction OrNothing(KernelDebugFunction function) {
-    return function != nullptr ? function : DoNothing;
-  }
-  static void Call(KernelDebugFunction function, int level, const char* format, va_list args);
+  struct Slot {
+    std::atomic<KernelDebugFunction> function;
+    std::atomic<bool> called{false};  // since it was set
+  };
 
-  std::atomic<KernelDebugFunction> print_{DoNothing};
-  std::atomic<KernelDebugFunction> log_{DoNothing};
-  std::atomic<KernelDebugFunction> error_{nullptr};  // null: the error log
-  std::unique_ptr<MP_Log> errorLog_;                 // null unless the environment asks for it
+  static void DoNothing(int level, const char* format, va_list args);
+  static void Set(Slot* slot, KernelDebugFunction function);
+  static void Call(Slot* slot, int level, const char* format, va_list args);
+
+  // At the end of the process the host's static objects go in the reverse order of their making.
+  // From when this is called the callback lasts as long as the objects that exist by then, if it
+  // has fewer than so many entries already.
+  static void EndWithStatics(KernelDebugFunction function, int entries);
+  static void OnStaticsEnd();
+  void Forget(KernelDebugFunction function);
+
+  Slot print_{{DoNothing}};
+  Slot log_{{DoNothing}};
+  Slot error_{{nullptr}};             // null: the error log
+  std::unique_ptr<MP_Log> errorLog_;  // null unless the environment asks for it
 };
 
 namespace kernel_debug {

@@ -1,17 +1,42 @@
 // Hosts that end in the middle of something: exit is called from a thread or callback of the
 // library's, or with everything running. The test's time-out is what must not be needed.
 
+#include <dlfcn.h>
 #include <kalvobase/kalvobase.h>
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
+#include <mutex>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "ping.h"
+
+namespace {
+
+std::atomic<bool> threadsForbidden{false};
+
+}  // namespace
+
+// In the place of the C library's, for the library too.
+#if !defined(KALVOBASE_SANITIZED)
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                              void* (*routine)(void*), void* argument) {
+  if (threadsForbidden) _exit(9);
+  using Create = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+  static const auto create = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
+  return create(thread, attributes, routine, argument);
+}
+#endif
 
 namespace {
 
@@ -49,6 +74,37 @@ unsigned long Use(void* thread) {
   while (self->Running()) {
     log.Trace(1, "nothing passes");
     timer.ClearTimer(timer.SetTimer(1000, 0, 0, 0, nullptr));
+  }
+  return 0;
+}
+
+// Lives in what static objects of the host hold, and must not be called when they are gone.
+std::vector<std::string>& Lines() {
+  static std::vector<std::string> lines;
+  return lines;
+}
+
+void Collect(int, const char* format, va_list args) {
+  static std::mutex lock;
+  char line[200];
+  std::vsnprintf(line, sizeof(line), format, args);
+  const std::lock_guard<std::mutex> guard(lock);
+  Lines().push_back(line + std::string(100, '.'));
+}
+
+// Has a static object of its own, which its first call makes.
+void CollectAlso(int, const char* format, va_list) {
+  static std::vector<std::string> own;
+  static std::mutex lock;
+  const std::lock_guard<std::mutex> guard(lock);
+  own.push_back(format + std::string(100, '.'));
+}
+
+unsigned long Chatter(void* thread) {
+  Kalvo_Thread* const self = *static_cast<Kalvo_Thread**>(thread);
+  while (self->Running()) {
+    Kalvo_KernelDebugLog(1, "chatter");
+    Kalvo_KernelDebugPrint(1, "chatter");
   }
   return 0;
 }
@@ -150,6 +206,26 @@ int main(int argc, char** argv) {
     }
     Kalvo_Thread_Sleep(50);
     return 0;
+  }
+  if (std::strcmp(how, "statics") == 0) {
+    SetKalvo_KernelDebugPrintFunction(CollectAlso);
+    Lines();
+    SetKalvo_KernelDebugLogFunction(Collect);
+    SetKalvo_KernelDebugErrLogFunction(Collect);
+    static Kalvo_Thread* thread = nullptr;
+    thread = new Kalvo_Thread(Chatter, &thread, 0, "chatter", nullptr, 0);
+    thread->Resume();
+    pong = new Pong;
+    pong->Start();
+    Kalvo_Thread_Sleep(20);
+    return 0;
+  }
+  if (std::strcmp(how, "string") == 0) {
+    Kalvo_String text;
+    text.sprintf("%d", 7);
+    threadsForbidden = true;  // to the stop of the library
+    const std::filesystem::directory_iterator tasks("/proc/self/task");
+    return text == "7" && std::distance(begin(tasks), end(tasks)) == 1 ? 0 : 8;
   }
   if (std::strcmp(how, "living") == 0) {
     static Kalvo_Thread* threads[4];
