@@ -7,7 +7,7 @@ Kalvo_Timer::Kalvo_Timer() : identify_(0) {
 Kalvo_Timer::Kalvo_Timer(const Kalvo_Timer& other) = default;
 Kalvo_Timer& Kalvo_Timer::operator=(const Kalvo_Timer& other) = default;
 Kalvo_Timer::~Kalvo_Timer() {
-  if (Kalvo_TimerManager* timers = Kalvo_TimerManager::Get()) timers->RemoveOwner(identify_);
+  if (Kalvo_TimerManager* timers = Kalvo_TimerManager::Find()) timers->RemoveOwner(identify_);
 }
 
 unsigned long Kalvo_Timer::SetTimer(unsigned long ms, unsigned long owner, unsigned long attr,

@@ -18,24 +18,26 @@ Kalvo_TimerManager* Kalvo_TimerManager::Get() {
   return timers;
 }
 
+Kalvo_TimerManager* Kalvo_TimerManager::Find() { return theTimers.Peek(); }
+
 void Kalvo_TimerManager::Make() { theTimers.Get(); }
 
 void Kalvo_TimerManager::Stop() {
-  if (Kalvo_TimerManager* timers = Get()) timers->StopThread();
+  if (Kalvo_TimerManager* timers = Find()) timers->StopThread();
 }
 
 void Kalvo_TimerManager::Free() { theTimers.Free(); }
 
 void Kalvo_TimerManager::HoldTimers() {
-  if (Kalvo_TimerManager* timers = theTimers.Peek()) timers->Hold();
+  if (Kalvo_TimerManager* timers = Find()) timers->Hold();
 }
 
 void Kalvo_TimerManager::ReleaseTimers() {
-  if (Kalvo_TimerManager* timers = theTimers.Peek()) timers->Release();
+  if (Kalvo_TimerManager* timers = Find()) timers->Release();
 }
 
 void Kalvo_TimerManager::GoOnInChild() {
-  if (Kalvo_TimerManager* timers = theTimers.Peek()) timers->ownerLock_.TakeOver();
+  if (Kalvo_TimerManager* timers = Find()) timers->ownerLock_.TakeOver();
   ReleaseTimers();
 }
 

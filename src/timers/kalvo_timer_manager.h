@@ -19,6 +19,9 @@ class Kalvo_TimerManager : public MP_TimerCore {
   // The service, whose thread runs from the first call on. Null if memory ran out.
   static Kalvo_TimerManager* Get();
 
+  // The service if there is one, for callers that need no thread of it.
+  static Kalvo_TimerManager* Find();
+
   // The steps of the library's start and stop.
   static void Make();
   static void Stop();

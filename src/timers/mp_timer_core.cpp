@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstdio>
 #include <new>
+#include <utility>
 
 #include "frame/messages.h"
 #include "frame/mp_kernel_debug.h"
 #include "monitor/kalvo_kobj_manager.h"
 #include "platform/clock.h"
 #include "platform/process.h"
+#include "platform/thread.h"
+#include "platform/thread_number.h"
 
 namespace {
 
@@ -49,9 +52,16 @@ void MP_TimerCore::EnsureRunning(const char* name) {
   started_ = true;
   forks_ = forks;
   monitor->DeleteThread(thread_.exchange(nullptr));
+  // In a child that was forked in OnTimer the calling thread still uses these. The new thread
+  // starts without any.
+  abandoned_.swap(delivering_);
+  delivering_.clear();
+  fired_.clear();
+  deliveredPass_ = pass_;
   text_[0] = '\0';
   char threadName[64];
   std::snprintf(threadName, sizeof(threadName), "MP_TimerThread(%s)", name);
+  const platform::SignalsBlocked quiet;
   MP_Thread* const thread = monitor->NewThread(ThreadRoutine, this, true, threadName, text_);
   thread_ = thread;
   started_ = thread != nullptr;
@@ -63,7 +73,8 @@ void MP_TimerCore::StopThread() {
   if (thread == nullptr) return;
   thread->NotifyQuit();
   platform::event_set(wake_);
-  if (Kalvo_KObjManager* monitor = Kalvo_KObjManager::Get()) monitor->DeleteThread(thread);
+  if (Kalvo_KObjManager* monitor = Kalvo_KObjManager::Find()) monitor->DeleteThread(thread);
+  DropFirings();
 }
 
 unsigned long MP_TimerCore::ThreadRoutine(void* self) {
@@ -76,16 +87,58 @@ void MP_TimerCore::Run(MP_Thread* thread) {
   while (thread->Running() != 0) {
     if (fired_.empty()) platform::event_wait(wake_, wait_);
     platform::event_reset(wake_);  // the pass sees whatever it was set for
-    DeliverFired();
+    if (!DeliverFired()) return;
     RunPass();
   }
 }
 
-void MP_TimerCore::DeliverFired() {
-  delivering_.swap(fired_);
-  for (MP_TimerInfo& info : delivering_) Deliver(&info);
+bool MP_TimerCore::DeliverFired() {
+  if (fired_.empty()) return true;
+  MP_Thread* const deliverer = thread_;
+  deliverer_ = platform::thread_number();
+  std::uint64_t pass;
+  {
+    const MP_ShieldedGuard guard(&lock_);
+    delivering_.swap(fired_);
+    delivered_ = 0;
+    pass = pass_;
+  }
+  for (MP_TimerInfo& info : delivering_) {
+    Deliver(&info);
+    // After the stop, or in a child that was forked in OnTimer, all of this is another thread's.
+    if (thread_ != deliverer) return false;
+    ++delivered_;
+  }
+  const MP_ShieldedGuard guard(&lock_);
   delivering_.clear();
   if (delivering_.capacity() > kKeptFirings) delivering_.shrink_to_fit();
+  deliveredPass_ = pass;
+  return true;
+}
+
+// For when no thread delivers them any more.
+void MP_TimerCore::DropFirings() {
+  const MP_ShieldedGuard guard(&lock_);
+  fired_.clear();
+  delivered_ = delivering_.size();
+  deliveredPass_ = pass_;
+}
+
+bool MP_TimerCore::IsUndelivered(std::uint32_t id) {
+  const MP_ShieldedGuard guard(&lock_);
+  const auto isMeant = [id](const MP_TimerInfo& info) { return info.id == id; };
+  const auto next = std::min<std::size_t>(delivered_, delivering_.size());
+  return std::any_of(fired_.begin(), fired_.end(), isMeant) ||
+         std::any_of(delivering_.begin() + static_cast<std::ptrdiff_t>(next), delivering_.end(),
+                     isMeant);
+}
+
+// A destructor that clears its timers relies on this. The limit keeps a host going that clears a
+// timer under a lock for which OnTimer waits.
+void MP_TimerCore::AwaitDelivery(std::uint32_t id) {
+  if (deliverer_ == platform::thread_number()) return;
+  const std::uint32_t start = platform::tick_count();
+  while (IsUndelivered(id) && platform::tick_count() - start < kDeliveryMs) platform::sleep_ms(1);
 }
 
 void MP_TimerCore::Deliver(MP_TimerInfo* info) {
@@ -114,7 +167,9 @@ void MP_TimerCore::RunPass() {
   const MP_ShieldedGuard guard(&lock_);
   const std::uint64_t now = Now(kPassStep);
   wakeAt_ = 0;  // nothing that is armed below has to wake this thread
+  ++pass_;
   std::uint64_t next = lists_.TakeDue(now, now + kLongestWait, &due_);
+  SortDue();
   for (const std::uint16_t place : due_) {
     MP_TimerRecord* const record = records_.At(std::uint32_t{place} << 16);
     if (!Fire(record)) {
@@ -132,6 +187,19 @@ void MP_TimerCore::RunPass() {
   wait_ = static_cast<std::uint32_t>(wakeAt_ - now);
 }
 
+// The lists are taken one after the other. What is due at the same time fires in the order in which
+// it was armed.
+void MP_TimerCore::SortDue() {
+  const auto isBefore = [this](std::uint16_t left, std::uint16_t right) {
+    const MP_TimerRecord* const a = records_.At(std::uint32_t{left} << 16);
+    const MP_TimerRecord* const b = records_.At(std::uint32_t{right} << 16);
+    return std::make_pair(a->due.time(), a->armed) < std::make_pair(b->due.time(), b->armed);
+  };
+  if (!std::is_sorted(due_.begin(), due_.end(), isBefore)) {
+    std::sort(due_.begin(), due_.end(), isBefore);
+  }
+}
+
 bool MP_TimerCore::Fire(MP_TimerRecord* record) {
   ++record->count;
   try {
@@ -140,6 +208,7 @@ bool MP_TimerCore::Fire(MP_TimerRecord* record) {
     --record->count;
     return false;
   }
+  record->pass = pass_;
   if (record->repeat != kWithoutEnd) --record->repeat;
   return true;
 }
@@ -153,6 +222,7 @@ void MP_TimerCore::Rearm(MP_TimerRecord* record, std::uint64_t now) {
 void MP_TimerCore::Arm(MP_TimerRecord* record, MP_TimerDue due) {
   record->list = lists_.Arm(due, record->place);
   record->due = due;
+  record->armed = ++armed_;
   if (due.time() >= wakeAt_) return;
   wakeAt_ = due.time();  // for which the thread now sleeps too long
   platform::event_set(wake_);
@@ -161,6 +231,7 @@ void MP_TimerCore::Arm(MP_TimerRecord* record, MP_TimerDue due) {
 void MP_TimerCore::Free(MP_TimerRecord* record) {
   record->hasData = false;
   record->data = std::string();
+  record->pass = 0;
   records_.Give(record);
 }
 
@@ -217,12 +288,19 @@ MP_TimerRecord* MP_TimerCore::Find(std::uint32_t id, const char* missing,
 
 void MP_TimerCore::Clear(std::uint32_t id) {
   if (id == 0) return;
-  const MP_ShieldedGuard guard(&lock_);
-  MP_TimerRecord* const record =
-      Find(id, messages::kTimerClearMissing, messages::kTimerClearMismatch);
-  if (record == nullptr) return;
-  Disarm(record);
-  Free(record);
+  {
+    const MP_ShieldedGuard guard(&lock_);
+    MP_TimerRecord* const record =
+        Find(id, messages::kTimerClearMissing, messages::kTimerClearMismatch);
+    // The last firing of a timer frees its record, so this also counts for one that is not found.
+    const std::uint64_t pass = record != nullptr ? record->pass : pass_;
+    if (record != nullptr) {
+      Disarm(record);
+      Free(record);
+    }
+    if (pass <= deliveredPass_) return;
+  }
+  AwaitDelivery(id);
 }
 
 std::uint32_t MP_TimerCore::Reset(std::uint32_t id, std::uint32_t ms) {

@@ -36,16 +36,20 @@ class MP_TimerCore {
   // Ends it for good. Whatever has fired and was not delivered is dropped.
   void StopThread();
 
-  // `timer` is what is told of it but for the text, `data`, which may be null. Its number, or 0
-  // if there are too many timers or memory ran out.
+  // Sets a timer. `timer` has what its firings pass on, except the text: that is `data`, which may
+  // be null. Returns the timer's number; 0 if there are too many or memory ran out.
   std::uint32_t Set(std::uint32_t count, const MP_TimerInfo& timer, const char* data);
+
+  // Ends a timer. Waits until its firings that are on their way are delivered, for at most
+  // kDeliveryMs. The delivering thread does not wait.
   void Clear(std::uint32_t id);
   std::uint32_t Reset(std::uint32_t id, std::uint32_t ms);
   std::uint32_t Watch(std::uint32_t id, bool stop);
 
   // Fires what is due. For the timer thread, and for a test that stands in for it.
   void RunPass();
-  void DeliverFired();
+  // False if this thread has to end at once: it is not the service's any more.
+  bool DeliverFired();
 
  private:
   static unsigned long ThreadRoutine(void* self);
@@ -60,13 +64,21 @@ class MP_TimerCore {
     lists_.Disarm(record->list, record->due, record->place);
   }
   MP_TimerRecord* TakeRecord();
+  void SortDue();
   bool Fire(MP_TimerRecord* record);
   void Rearm(MP_TimerRecord* record, std::uint64_t now);
   void Free(MP_TimerRecord* record);
 
+  bool IsUndelivered(std::uint32_t id);
+  void AwaitDelivery(std::uint32_t id);
+  void DropFirings();
+
   static constexpr int kTextSize = 256;
 
-  // Guards everything here but fired_, which is the timer thread's, and what tells of itself.
+  // Less than a thread gets to end: so a thread that waits here is not killed for it.
+  static constexpr std::uint32_t kDeliveryMs = 1000;
+
+  // Guards everything here, with the exceptions that are named.
   MP_Lock lock_;
   NumberedPool<MP_TimerRecord> records_;
   MP_TimerLists lists_;
@@ -75,9 +87,17 @@ class MP_TimerCore {
   std::uint32_t lastTick_;          // up to where it has been moved on
   std::uint64_t wakeAt_ = 0;        // when the thread will look again by itself
 
-  std::vector<MP_TimerInfo> fired_;  // on their way to delivery
+  // Firings on their way to delivery. The delivering thread changes these two under lock_, and
+  // reads them without.
+  std::vector<MP_TimerInfo> fired_;
   std::vector<MP_TimerInfo> delivering_;
-  std::uint32_t wait_ = 0;  // how long the thread may sleep until the next pass
+  std::vector<MP_TimerInfo> abandoned_;      // of the thread that forked this process in OnTimer
+  std::atomic<std::size_t> delivered_{0};    // how many of delivering_ have been delivered
+  std::uint64_t pass_ = 0;                   // counts the passes
+  std::uint64_t deliveredPass_ = 0;          // up to which all firings have been delivered
+  std::uint64_t armed_ = 0;                  // counts the armings
+  std::atomic<std::uint64_t> deliverer_{0};  // the delivering thread, by thread_number
+  std::uint32_t wait_ = 0;                   // how long the thread may sleep until the next pass
 
   std::atomic<MP_Thread*> thread_{nullptr};
   std::atomic<bool> started_{false};

@@ -41,19 +41,18 @@ void MP_TimerList::Erase(std::size_t at, std::size_t n) {
   count_ -= n;
 }
 
-void MP_TimerList::TakeDue(std::uint64_t now, std::vector<std::uint16_t>* places) {
-  Slots& slots = *slots_;
-  std::size_t seen = 0;
-  std::size_t kept = 0;
-  for (; seen < count_ && slots.due[seen].time() <= now + MP_TimerDue::kSlack; ++seen) {
-    if (slots.due[seen].FiresAt(now)) {
-      places->push_back(slots.place[seen]);
-    } else {
-      slots.due[kept] = slots.due[seen];
-      slots.place[kept++] = slots.place[seen];
-    }
+bool MP_TimerList::HasExact(std::uint64_t time) const {
+  bool exact = false;
+  for (std::size_t i = 0; i < count_ && slots_->due[i].time() <= time; ++i) {
+    exact = exact || (slots_->due[i].time() == time && slots_->due[i].IsExact());
   }
-  Erase(kept, seen - kept);
+  return exact;
+}
+
+void MP_TimerList::TakeDue(std::uint64_t time, std::vector<std::uint16_t>* places) {
+  const std::size_t taken = CountUpTo(MP_TimerDue(time, false), true);
+  places->insert(places->end(), slots_->place, slots_->place + taken);
+  Erase(0, taken);
 }
 
 std::uint8_t MP_TimerLists::Arm(MP_TimerDue due, std::uint16_t place) {
@@ -70,14 +69,29 @@ void MP_TimerLists::Disarm(std::uint8_t list, MP_TimerDue due, std::uint16_t pla
 
 std::uint64_t MP_TimerLists::TakeDue(std::uint64_t now, std::uint64_t latest,
                                      std::vector<std::uint16_t>* places) {
+  const std::uint64_t time = FiringTime(now);
   std::uint64_t next = latest;
   for (std::size_t i = 0; i < used_; ++i) {
     MP_TimerList& list = lists_[i];
-    if (!list.IsEmpty() && list.First().time() <= now + MP_TimerDue::kSlack) {
-      list.TakeDue(now, places);
+    if (!list.IsEmpty() && list.First().time() <= time) {
+      list.TakeDue(time, places);
       firstOpen_ = std::min(firstOpen_, i);
     }
     if (!list.IsEmpty()) next = std::min(next, list.First().time());
   }
   return next;
+}
+
+// Timers that are due by this time fire at `now`. Timers that are due already fire alone. Only if
+// there are none, those that are due next fire early: so none overtakes one that is due before it,
+// and what a firing sets back does not fire with it.
+std::uint64_t MP_TimerLists::FiringTime(std::uint64_t now) const {
+  std::uint64_t next = now + MP_TimerDue::kSlack + 1;
+  for (std::size_t i = 0; i < used_; ++i) {
+    if (!lists_[i].IsEmpty()) next = std::min(next, lists_[i].First().time());
+  }
+  if (next <= now || next > now + MP_TimerDue::kSlack) return now;
+  const bool exact = std::any_of(lists_, lists_ + used_,
+                                 [next](const MP_TimerList& list) { return list.HasExact(next); });
+  return exact ? now : next;
 }

@@ -22,7 +22,7 @@ class MP_TimerDue {
   MP_TimerDue(std::uint64_t time, bool exact) : bits_(time << 1 | (exact ? 1 : 0)) {}
 
   std::uint64_t time() const { return bits_ >> 1; }
-  bool FiresAt(std::uint64_t now) const { return time() <= now + ((bits_ & 1) != 0 ? 0 : kSlack); }
+  bool IsExact() const { return (bits_ & 1) != 0; }
 
   bool operator<(MP_TimerDue other) const { return time() < other.time(); }
 
@@ -47,8 +47,11 @@ class MP_TimerList {
   // When the first is due; the list is not empty.
   MP_TimerDue First() const { return slots_->due[0]; }
 
-  // Moves those that fire at `now` to the end of `*places`, in their order. That has room.
-  void TakeDue(std::uint64_t now, std::vector<std::uint16_t>* places);
+  // True if a timer that is due at that time must not fire early.
+  bool HasExact(std::uint64_t time) const;
+
+  // Moves those that are due by `time` to the end of `*places`, in their order. That has room.
+  void TakeDue(std::uint64_t time, std::vector<std::uint16_t>* places);
 
  private:
   struct Slots {
@@ -72,12 +75,14 @@ class MP_TimerLists {
   std::uint8_t Arm(MP_TimerDue due, std::uint16_t place);
   void Disarm(std::uint8_t list, MP_TimerDue due, std::uint16_t place);
 
-  // As TakeDue of each list, one after the other. Returns when the next timer is due, or
-  // `latest` if none is before that.
+  // Moves the places of the timers that fire at `now` to the end of `*places`, which has room.
+  // Returns when the next timer is due, or `latest` if none is before that.
   std::uint64_t TakeDue(std::uint64_t now, std::uint64_t latest,
                         std::vector<std::uint16_t>* places);
 
  private:
+  std::uint64_t FiringTime(std::uint64_t now) const;
+
   MP_TimerList lists_[kCount];
   std::size_t firstOpen_ = 0;  // the lists in front of this one are full
   std::size_t used_ = 0;       // the lists from this one on were never used

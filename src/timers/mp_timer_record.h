@@ -28,6 +28,8 @@ struct MP_TimerRecord : MP_TimerInfo {
   std::uint32_t repeat = 0;  // firings still to come
   std::uint8_t list = 0;     // in which it is armed
   MP_TimerDue due;
+  std::uint64_t armed = 0;  // counts up with each arming of any timer
+  std::uint64_t pass = 0;   // in which it fired last; 0 until then
 
   std::uint16_t place = 0;  // of the pool
   MP_TimerRecord* nextFree = nullptr;

@@ -11,5 +11,7 @@ namespace {
 
 int main() {
   Session session;
-  Kalvo_Thread_Sleep(50);  // it goes while its timer runs
+  Redirect(stdout);
+  Kalvo_Thread_Sleep(1100);
+  assert(Printed() == "ping 1 of 3\n");  // it goes while its timer runs
 }
