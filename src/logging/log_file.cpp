@@ -29,6 +29,14 @@ std::string BesideProgram(const std::string& name) {
 
 }  // namespace
 
+std::string LogDayDirectory(const std::tm& time) {
+  const int year = time.tm_year + 1900;
+  const int month = time.tm_mon + 1;
+  Kalvo_String directory;
+  directory.sprintf("logfiles-%04d/%02d/%4.4d-%2.2d-%2.2d", year, month, year, month, time.tm_mday);
+  return directory.c_str();
+}
+
 void LogFile::SetMainDirectory(const char* directory) {
   std::string trimmed(directory);
   trimmed.erase(0, std::min(trimmed.find_first_not_of(" \t"), trimmed.size()));
@@ -54,10 +62,7 @@ bool LogFile::IsToday(const std::tm& time) const {
 
 void LogFile::StartDay(const std::tm& time) {
   date_ = {time.tm_year + 1900, time.tm_mon + 1, time.tm_mday};
-  Kalvo_String directory;
-  directory.sprintf("%s/logfiles-%04d/%02d/%4.4d-%2.2d-%2.2d", mainDirectory_.c_str(), date_.year,
-                    date_.month, date_.year, date_.month, date_.day);
-  dayDirectory_ = directory.c_str();
+  dayDirectory_ = mainDirectory_ + "/" + LogDayDirectory(time);
 }
 
 void LogFile::Roll(const std::tm& time) {

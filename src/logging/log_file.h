@@ -9,6 +9,9 @@
 
 #include "files/mp_stream_writer.h"
 
+// The directory of a day, below the main directory of a log.
+std::string LogDayDirectory(const std::tm& time);
+
 // One thread at a time.
 class LogFile {
  public:

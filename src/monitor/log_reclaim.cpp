@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <tuple>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "files/tree_removal.h"
 #include "frame/messages.h"
 #include "frame/mp_kernel_debug.h"
+#include "logging/log_file.h"
 #include "platform/directory.h"
 
 namespace {
@@ -34,6 +36,33 @@ bool GivesRoom(platform::Directory* parent, const std::string& name, int depth) 
   }
   return empty;
 }
+
+// The date in the name of a directory or a file of the tree, and what follows it, which sorts by
+// time. Base names may hold digits, too. Empty if there is no date.
+std::string DateIn(const std::string& name) {
+  const std::size_t base = name.rfind('_');
+  const std::size_t date = name.find_first_of("0123456789", base != std::string::npos ? base : 0);
+  return date != std::string::npos ? name.substr(date) : std::string();
+}
+
+// What is known of the age of an entry.
+struct Age {
+  std::string name;
+  platform::FileStatus status;
+
+  bool IsOlderByBirth(const Age& other) const {
+    return std::tie(status.created, status.createdNanoseconds, name) <
+           std::tie(other.status.created, other.status.createdNanoseconds, other.name);
+  }
+
+  // What has no date counts as the youngest.
+  bool IsOlderByName(const Age& other) const {
+    const std::string date = DateIn(name);
+    const std::string otherDate = DateIn(other.name);
+    return std::make_tuple(date.empty(), std::cref(date), std::cref(name)) <
+           std::make_tuple(otherDate.empty(), std::cref(otherDate), std::cref(other.name));
+  }
+};
 
 // An open directory of the tree.
 class Level {
@@ -64,23 +93,26 @@ class Level {
   }
 
  private:
-  // Those that were made at the same time are sorted by name, which tells the date.
-  using Age = std::tuple<std::int64_t, std::int32_t, std::string>;
-
+  // By birth, and what was born at the same time by name. By the dates in the names where the file
+  // system keeps no birth time: the last change is of no use, each deletion changes a directory.
   template <class Counts>
   std::vector<std::string> Sorted(Counts counts) const {
     std::vector<Age> found;
+    bool birthKnown = true;
     platform::Entry entry;
     while (directory_ != nullptr && platform::directory_next(directory_.get(), &entry)) {
-      platform::FileStatus status;
       if (!counts(entry)) continue;
-      platform::entry_status(directory_.get(), entry.name.c_str(), &status);
-      found.emplace_back(status.created, status.createdNanoseconds, entry.name);
+      Age age{entry.name, {}};
+      platform::entry_status(directory_.get(), entry.name.c_str(), &age.status);
+      birthKnown = birthKnown && age.status.birthKnown;
+      found.push_back(std::move(age));
     }
-    std::sort(found.begin(), found.end());
+    std::sort(found.begin(), found.end(), [birthKnown](const Age& a, const Age& b) {
+      return birthKnown ? a.IsOlderByBirth(b) : a.IsOlderByName(b);
+    });
     std::vector<std::string> names;
     names.reserve(found.size());
-    for (const Age& age : found) names.push_back(std::get<2>(age));
+    for (Age& age : found) names.push_back(std::move(age.name));
     return names;
   }
 
@@ -92,29 +124,7 @@ void TellDeleted(const char* format, const std::string& path) {
   kernel_debug::Tell(kernel_debug::kError, 3, format, path.c_str());
 }
 
-// Deletes what is the oldest: a day, or a month or year without one.
-void DeleteOldest(const Level& main) {
-  const std::vector<std::string> years = main.Directories(2);
-  if (years.empty()) return;
-  const Level year = main.Child(years.front());
-  const std::vector<std::string> months = year.Directories(1);
-  if (months.empty()) {
-    platform::entry_remove_directory(main.directory(), years.front().c_str());
-    return;
-  }
-  const Level month = year.Child(months.front());
-  const std::vector<std::string> days = month.Directories(0);
-  if (days.empty()) {
-    platform::entry_remove_directory(year.directory(), months.front().c_str());
-    return;
-  }
-  if (years.size() > 1 || months.size() > 1 || days.size() > 1) {
-    DeleteDirectoryTree(month.directory(), days.front());
-    TellDeleted(messages::kMonitorDeletedDirectory, month.PathOf(days.front()));
-    return;
-  }
-  // The last day, which may be today.
-  const Level day = month.Child(days.front());
+void DeleteOldestFiles(const Level& day) {
   const std::vector<std::string> files = day.Files();
   if (files.size() < kFilesLeft) return;
   for (std::size_t i = 0; i < kFilesAtOnce; ++i) {
@@ -123,14 +133,47 @@ void DeleteOldest(const Level& main) {
   }
 }
 
+// Deletes what is the oldest: a day, or a month or year without one. Today's directory is never
+// deleted, the oldest files of the last day are.
+void DeleteOldest(const Level& main, const std::string& today) {
+  const std::vector<std::string> years = main.Directories(2);
+  for (const std::string& yearName : years) {
+    const Level year = main.Child(yearName);
+    const std::vector<std::string> months = year.Directories(1);
+    if (months.empty()) {
+      platform::entry_remove_directory(main.directory(), yearName.c_str());
+      return;
+    }
+    for (const std::string& monthName : months) {
+      const Level month = year.Child(monthName);
+      const std::vector<std::string> days = month.Directories(0);
+      if (days.empty()) {
+        platform::entry_remove_directory(year.directory(), monthName.c_str());
+        return;
+      }
+      if (years.size() == 1 && months.size() == 1 && days.size() == 1) {
+        DeleteOldestFiles(month.Child(days.front()));
+        return;
+      }
+      for (const std::string& day : days) {
+        if (yearName + "/" + monthName + "/" + day == today) continue;
+        DeleteDirectoryTree(month.directory(), day);
+        TellDeleted(messages::kMonitorDeletedDirectory, month.PathOf(day));
+        return;
+      }
+    }
+  }
+}
+
 }  // namespace
 
-bool ReclaimLogSpace(const std::string& mainDirectory) {
+bool ReclaimLogSpace(const std::string& mainDirectory, const std::tm& today) {
   const path::Path path = path::Normalise(mainDirectory.c_str());
   platform::VolumeSpace space;
   if (!platform::volume_space(path.system, &space)) return false;
   if (space.available / kMebibyte > kEnough) return false;
   platform::DirectoryHandle directory = platform::directory_open(path.system, true);
-  if (directory != nullptr) DeleteOldest(Level(std::move(directory), path.text));
+  if (directory == nullptr) return true;
+  DeleteOldest(Level(std::move(directory), path.text), LogDayDirectory(today));
   return true;
 }

@@ -8,8 +8,10 @@
 #include "frame/mp_kernel_debug.h"
 #include "logging/mp_log.h"
 #include "monitor/log_reclaim.h"
+#include "platform/calendar.h"
 #include "platform/clock.h"
 #include "platform/process.h"
+#include "platform/thread.h"
 
 namespace {
 
@@ -40,7 +42,9 @@ void CheckThread(MP_Thread* thread) {
 
 bool CheckLog(MP_Log* log) {
   log->CheckFile();
-  return ReclaimLogSpace(log->MainDirectory());
+  std::tm today = {};
+  platform::local_time(platform::wall_time().seconds, &today);
+  return ReclaimLogSpace(log->MainDirectory(), today);
 }
 
 }  // namespace
@@ -76,7 +80,7 @@ class MP_KObjManager::LogNode : public Node {
   MP_Log log_;
 };
 
-MP_KObjManager::MP_KObjManager() : stop_(platform::event_create()) { MakeThread(); }
+MP_KObjManager::MP_KObjManager() : stop_(platform::event_create()) {}
 
 MP_KObjManager::~MP_KObjManager() {
   StopThreads();
@@ -84,20 +88,21 @@ MP_KObjManager::~MP_KObjManager() {
   platform::event_destroy(stop_);
 }
 
-void MP_KObjManager::MakeThread() {
-  forks_ = platform::fork_count();
-  thread_ = new (std::nothrow) MP_Thread(DoMonitor, this, false, kThreadName, nullptr);
-}
-
 void MP_KObjManager::EnsureRunning() {
-  if (released_ && forks_ == platform::fork_count()) return;
+  const std::uint32_t forks = platform::fork_count();
+  if (stopped_ || (started_ && forks_ == forks)) return;
   Kalvo_AutoLock guard(&lock_);
-  released_ = true;
-  if (forks_ != platform::fork_count()) {
-    if (MP_Thread* lost = thread_.exchange(nullptr)) MP_Thread::Destroy(lost);
-    MakeThread();
-  }
-  if (MP_Thread* thread = thread_) thread->Start();
+  if (stopped_ || (started_ && forks_ == forks)) return;
+  // Before all else: a callback of the host that hears of the new thread may lead back here.
+  started_ = true;
+  forks_ = forks;
+  if (MP_Thread* lost = thread_.exchange(nullptr)) MP_Thread::Destroy(lost);
+  const platform::SignalsBlocked quiet;
+  MP_Thread* const thread =
+      new (std::nothrow) MP_Thread(DoMonitor, this, false, kThreadName, nullptr);
+  thread_ = thread;
+  started_ = thread != nullptr;
+  if (thread != nullptr) thread->Start();
 }
 
 void MP_KObjManager::Hold() {
@@ -118,6 +123,7 @@ void MP_KObjManager::ForEachLog(Action action) {
 }
 
 void MP_KObjManager::StopThreads() {
+  stopped_ = true;
   if (MP_Thread* thread = thread_.exchange(nullptr)) {
     thread->NotifyQuit();
     platform::event_set(stop_);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -113,8 +114,10 @@ TEST(Monitor, StopsAndClosesWhatIsLeft) {
 // A log's tree on a volume of 16 MiB, which is always short of room.
 class Reclaim : public testing::Test {
  protected:
+  explicit Reclaim(const char* kind = "tmpfs") : kind_(kind) {}
+
   void SetUp() override {
-    if (mount("tmpfs", folder_.Path().c_str(), "tmpfs", 0, "size=16m") != 0) {
+    if (mount(kind_, folder_.Path().c_str(), kind_, 0, "size=16m") != 0) {
       GTEST_SKIP() << "only root can mount a small file system";
     }
     mounted_ = true;
@@ -174,6 +177,7 @@ class Reclaim : public testing::Test {
     return paths;
   }
 
+  const char* const kind_;
   support::Folder folder_;
   MP_KObjManager monitor_;
   MP_Log* log_ = nullptr;
@@ -246,6 +250,56 @@ TEST_F(Reclaim, GivesLogsTheirTurn) {
   EXPECT_EQ(Pass().size(), 0u);  // of this log's
   EXPECT_FALSE(fs::exists(folder_.Path("others/logfiles-2024/05/2024-05-01")));
   monitor_.DeleteLog(other);
+}
+
+// A volume whose files have no birth time.
+class ReclaimByName : public Reclaim {
+ protected:
+  ReclaimByName() : Reclaim("ramfs") {}
+  ~ReclaimByName() override { platform::hold_wall_time_for_test(0); }
+};
+
+TEST_F(ReclaimByName, GoesByTheDatesAndSparesToday) {
+  const std::string month = "logfiles-2024/05/";
+  Fill(month + "2024-05-01", 3);
+  Fill(month + "2024-05-02", 0);
+  Fill(month + "2024-05-10", 0);
+  for (int i = 0; i < 60; ++i) {
+    const std::string base = i % 2 == 0 ? "a" : "z_9";
+    const std::string hour = std::to_string(10 + i / 4);
+    folder_.Write("logs/" + month + "2024-05-02/" + base + "_2024-05-02 " + hour + "-" +
+                      std::to_string(i % 4 + 1) + "[001].log",
+                  "x");
+  }
+  platform::FileStatus status;
+  ASSERT_TRUE(platform::file_status(Main(), &status));
+  if (status.birthKnown) GTEST_SKIP() << "this system knows birth times everywhere";
+  std::tm date = {};
+  date.tm_year = 124;
+  date.tm_mon = 4;
+  date.tm_mday = 2;
+  date.tm_hour = 12;
+  platform::hold_wall_time_for_test(std::mktime(&date));
+  // The change of a directory does not make it young.
+  EXPECT_EQ(Pass(), Paths{month + "2024-05-01"});
+  EXPECT_EQ(Pass(), Paths{month + "2024-05-10"});
+  const Paths files = Pass();
+  ASSERT_EQ(files.size(), 10u);
+  EXPECT_EQ(files[0], month + "2024-05-02/a_2024-05-02 10-1[001].log");
+  EXPECT_EQ(files[1], month + "2024-05-02/z_9_2024-05-02 10-2[001].log");
+  EXPECT_EQ(files[9], month + "2024-05-02/z_9_2024-05-02 12-2[001].log");
+}
+
+TEST(Volume, TheAdministratorMayUseTheReserve) {
+  platform::VolumeSpace space;
+  struct statvfs volume;
+  ASSERT_TRUE(platform::volume_space(".", &space));
+  ASSERT_EQ(statvfs(".", &volume), 0);
+  const auto reserve = std::uint64_t{volume.f_bfree - volume.f_bavail} * volume.f_frsize;
+  if (reserve == 0) GTEST_SKIP() << "this volume has no reserve";
+  const std::uint64_t withheld = space.free - space.available;
+  EXPECT_NEAR(static_cast<double>(withheld), geteuid() == 0 ? 0 : static_cast<double>(reserve),
+              1e7);
 }
 
 }  // namespace
