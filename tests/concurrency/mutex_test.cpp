@@ -1,11 +1,15 @@
 // Mutexes, in one process and between processes.
 
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <unistd.h>
 
 #include <atomic>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "kalvobase/waitable.h"
 #include "support/processes.h"
@@ -236,6 +240,69 @@ TEST(Mutex, NamesHoldAnyBytes) {
     EXPECT_EQ(same.Init(0, &name[0]), 1);
     EXPECT_EQ(InOtherThread(&same, 0), 0);
   }
+}
+
+// Thread numbers mean something else in another namespace of the kernel.
+TEST(Mutex, InAnotherNumberSpace) {
+  std::string name = UniqueName("space");
+  Kalvo_Mutex mutex;
+  ASSERT_EQ(mutex.Init(1, &name[0]), 1);
+  Child mover([&](Child&) {
+    if (unshare(CLONE_NEWPID) != 0) _exit(77);
+    Child stranger([&](Child&) {
+      Kalvo_Mutex others;
+      _exit(others.Init(0, &name[0]) == 1 && others.Lock(0) == 1 ? 0 : 1);
+    });
+    _exit(stranger.Join());
+  });
+  const int result = mover.Join();
+  if (result == 77) GTEST_SKIP() << "no right to a namespace of its own";
+  EXPECT_EQ(result, 0);
+}
+
+// Its file is removed while it is in use. Who opens the name after that shares it again.
+TEST(Mutex, WhenItsNameWasRemoved) {
+  namespace fs = std::filesystem;
+  std::string name = UniqueName("removed");
+  int tell[2];
+  ASSERT_EQ(pipe(tell), 0);
+  Child other([&](Child&) {
+    char go;
+    if (read(tell[0], &go, 1) != 1) _exit(2);
+    Kalvo_Mutex mine;
+    _exit(mine.Init(0, &name[0]) == 1 && mine.Lock(0) == 0 ? 0 : 1);
+  });
+  Kalvo_Mutex orphan;
+  ASSERT_EQ(orphan.Init(1, &name[0]), 1);
+  int removed = 0;
+  for (const auto& descriptor : fs::directory_iterator("/proc/self/fd")) {
+    std::error_code ignored;
+    const fs::path file = fs::read_symlink(descriptor, ignored);
+    if (file.string().find("/kalvobase-") != std::string::npos) removed += fs::remove(file) ? 1 : 0;
+  }
+  ASSERT_EQ(removed, 1);
+  Kalvo_Mutex mutex;
+  ASSERT_EQ(mutex.Init(1, &name[0]), 1);
+  ASSERT_EQ(write(tell[1], "g", 1), 1);
+  EXPECT_EQ(other.Join(), 0);
+  for (const int end : tell) close(end);
+}
+
+// Handles of few names come and go in many threads, some of which hold what they destroy.
+TEST(Mutex, NamesThatAreClosedWhileTheyAreHeld) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 3; ++i) names.push_back(UniqueName("held"));
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 3; ++t) {
+    threads.emplace_back([&names, t] {
+      for (std::size_t i = 0; i < 1500; ++i) {
+        Kalvo_Mutex mutex;
+        mutex.Init(0, &names[(i + static_cast<std::size_t>(t)) % names.size()][0]);
+        mutex.Lock(1);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

@@ -14,7 +14,7 @@
 
 #include "platform/posix/deadline.h"
 #include "platform/posix/named_object.h"
-#include "platform/posix/thread_number.h"
+#include "platform/thread_number.h"
 
 #if KALVOBASE_HAS_CLOCKLOCK
 // The thread sanitizer knows every lock call but the one with a clock of its own choice.
@@ -113,22 +113,23 @@ int LockBefore(pthread_mutex_t* mutex, const timespec& deadline) {
 }
 #endif
 
+// Releases what the calling thread holds. False if another thread of this process holds the mutex.
+bool IsUnused(void* context) {
+  Mutex* const mutex = static_cast<Mutex*>(context);
+  while (mutex_release(mutex)) {
+  }
+  const bool ours = mutex->named == nullptr || mutex->shared()->lastProcess == getpid();
+  return !(ours && mutex_is_held_elsewhere(mutex));
+}
+
 // Frees `mutex`, unless it is the last of its kind in this process and another thread of the
 // process holds it.
 bool TryDestroy(Mutex* mutex) {
-  if (mutex->named != nullptr && named_close_unless_last(mutex->named)) {
-    delete mutex;
-    return true;
-  }
-  SharedMutex* shared = mutex->shared();
-  while (mutex_release(mutex)) {
-  }
-  const bool ours = mutex->named == nullptr || shared->lastProcess == getpid();
-  if (mutex_is_held_elsewhere(mutex) && ours) return false;
   if (mutex->named != nullptr) {
-    named_close(mutex->named);
+    if (!named_close(mutex->named, IsUnused, mutex)) return false;
   } else {
-    pthread_mutex_destroy(&shared->mutex);
+    if (!IsUnused(mutex)) return false;
+    pthread_mutex_destroy(&mutex->local.mutex);
   }
   delete mutex;
   return true;

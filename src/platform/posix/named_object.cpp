@@ -46,10 +46,18 @@ std::mutex list_lock;
 NamedObject* list_head = nullptr;
 std::uint32_t made_count = 0;
 
+// The process numbers of this process count in this namespace of the kernel. Mutexes know their
+// owners by thread numbers, so processes of two namespaces that share their files must not share
+// their objects. 0 if the system does not tell.
+std::uint64_t NumberSpace() {
+  struct stat about;
+  return stat("/proc/self/ns/pid", &about) == 0 ? about.st_ino : 0;
+}
+
 // Names may hold any bytes and any number of them, so files are named by a 128-bit hash.
 void MakeFileName(const char* name, char (&out)[kFileNameLength + 1]) {
   std::uint64_t a = 0xCBF29CE484222325u;
-  std::uint64_t b = 0x9E3779B97F4A7C15u;
+  std::uint64_t b = 0x9E3779B97F4A7C15u ^ NumberSpace();
   for (const char* c = name; *c != '\0'; ++c) {
     a = (a ^ static_cast<unsigned char>(*c)) * 0x100000001B3u;
     b = (b + static_cast<unsigned char>(*c)) * 0xD6E8FEB86659FD93u;
@@ -141,6 +149,12 @@ class LockedDirectory {
   bool held_ = false;
 };
 
+// False if somebody has removed the file. Other processes make a new one then.
+bool HasName(int file) {
+  struct stat about;
+  return fstat(file, &about) == 0 && about.st_nlink > 0;
+}
+
 bool SizeIs(int file, std::size_t size) {
   struct stat about;
   return fstat(file, &about) == 0 && about.st_size == static_cast<off_t>(size);
@@ -202,7 +216,7 @@ NamedObject* named_open(const char* name, NamedKind kind, std::size_t size,
 
   std::lock_guard<std::mutex> guard(list_lock);
   for (NamedObject* object = list_head; object != nullptr; object = object->next) {
-    if (std::strcmp(object->fileName, wanted.fileName) != 0) continue;
+    if (std::strcmp(object->fileName, wanted.fileName) != 0 || !HasName(object->file)) continue;
     if (object->kind != kind) return nullptr;
     ++object->users;
     return object;
@@ -221,16 +235,10 @@ NamedObject* named_open(const char* name, NamedKind kind, std::size_t size,
 
 void* named_memory(NamedObject* object) { return object->mapping + kHeaderSize; }
 
-bool named_close_unless_last(NamedObject* object) {
+bool named_close(NamedObject* object, bool (*isUnused)(void* context), void* context) {
   std::lock_guard<std::mutex> guard(list_lock);
-  if (object->users == 1) return false;
-  --object->users;
-  return true;
-}
-
-void named_close(NamedObject* object) {
-  std::lock_guard<std::mutex> guard(list_lock);
-  if (--object->users > 0) return;
+  if (object->users == 1 && !isUnused(context)) return false;
+  if (--object->users > 0) return true;
   NamedObject** link = &list_head;
   while (*link != object) link = &(*link)->next;
   *link = object->next;
@@ -240,6 +248,7 @@ void named_close(NamedObject* object) {
   close(object->file);
   if (directory.held()) directory.RemoveIfLitter(object->fileName);
   delete object;
+  return true;
 }
 
 }  // namespace platform

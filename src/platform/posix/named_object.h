@@ -4,7 +4,9 @@
 // a shared lock on the file, which the kernel drops with the process, however it ends. So
 // a file on which nobody holds a lock is litter: whoever opens its name next starts afresh,
 // and whoever makes a new object removes all litter. Making, opening and closing run under
-// one lock of the directory. Inside a process a name is mapped once, at one address.
+// one lock of the directory. Inside a process a name is mapped once, at one address; again if its
+// file was removed from outside. Processes that share the directory but count their threads in
+// different namespaces of the kernel have different objects.
 
 #ifndef KALVOBASE_SRC_PLATFORM_POSIX_NAMED_OBJECT_H_
 #define KALVOBASE_SRC_PLATFORM_POSIX_NAMED_OBJECT_H_
@@ -28,11 +30,9 @@ NamedObject* named_open(const char* name, NamedKind kind, std::size_t size,
 // The object's memory, aligned for any type.
 void* named_memory(NamedObject* object);
 
-void named_close(NamedObject* object);
-
-// Closes as named_close does if another open of this process remains. False, with nothing
-// done, if this is the last one.
-bool named_close_unless_last(NamedObject* object);
+// Gives one open back. If it is the last one of this process, `isUnused` is asked whether the
+// memory may go; no thread can open the object meanwhile. False, with nothing done, if it may not.
+bool named_close(NamedObject* object, bool (*isUnused)(void* context), void* context);
 
 }  // namespace platform
 

@@ -86,7 +86,10 @@ bool Sleep(Semaphore* semaphore, const timespec* deadline) {
 
 void DropUser(Semaphore* semaphore) {
   if (semaphore->users.fetch_sub(1) != 1) return;
-  if (semaphore->named != nullptr) named_close(semaphore->named);
+  if (semaphore->named != nullptr) {
+    named_close(
+        semaphore->named, [](void*) { return true; }, nullptr);
+  }
   delete semaphore;
 }
 
