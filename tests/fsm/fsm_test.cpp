@@ -442,4 +442,21 @@ TEST(Machine, ThreadsShareAService) {
   for (const long sum : sums) EXPECT_EQ(sum, sums[0]);
 }
 
+// The undefined behaviour sanitizer watches this.
+TEST(Fsm, ObjectsMayHaveOtherBasesInFront) {
+  struct Both : Kalvo_Timer, Kalvo_FSM_Object {
+    unsigned long GetObjectId() override { return 1; }
+    void On(const char*, unsigned long, long, void*, Kalvo_FSM_State*, Kalvo_FSM_State*,
+            Kalvo_FSM_State*) {
+      ++calls;
+    }
+    int calls = 0;
+  } both;
+  Kalvo_FSMService service;
+  service.GetState(nullptr)->AddStrMsgHandle("go", static_cast<FSM_Handler>(&Both::On), nullptr);
+  service.FinishAndCheck(nullptr);
+  service.HandleStringMsg("go", 0, &both, nullptr, nullptr);
+  EXPECT_EQ(both.calls, 1);
+}
+
 }  // namespace
