@@ -29,11 +29,11 @@
 // connection they come one at a time. A call must return soon: all others of its engine wait.
 //
 // Close, from any thread, waits for a call that runs, unless it is made from that very call, and
-// for bytes that a call has asked for in advance.
-// After it has returned no call of that connection runs or will run, and the handler may be
-// destroyed. Two calls that each close the connection of the other wait for each other for
-// ever. A derived class closes in its own destructor: when the base class does, the operations
-// that the engine calls are gone already.
+// for bytes that a call has asked for in advance. If a call closes its own connection and goes on,
+// a second Close finds nothing to wait for. After it has returned no call of that connection runs
+// or will run, and the handler may be destroyed. Two calls that each close the connection of the
+// other wait for each other for ever. A derived class closes in its own destructor: when the base
+// class does, the operations that the engine calls are gone already.
 //
 // A copy of a handler is the same connection, with no count of users: exactly one of them may
 // be destroyed, and the engine calls the one on which Connect, Listen or Open was called.
@@ -127,11 +127,12 @@ class KALVO_API Kalvo_TcpClientHandler : public Kalvo_SocketHandlerObj {
   Kalvo_SocketAddr* GetLocalAddr();
   Kalvo_SocketAddr* GetPeerAddr();
 
-  // Sends a copy of `length` bytes: `length`; 0 if there is nothing to send, if the connection has
-  // ended, or if the other side has taken nothing for more than 12 s with more than 1,024 pieces
-  // waiting, which ends the connection as soon as nothing waits to be read; -1 if there is none.
-  // A number above 0 says that the bytes will be sent in their turn, not that they have arrived.
-  // What is sent before OnConnectOk is dropped, with the same result.
+  // Sends a copy of `length` bytes and returns `length`, also if there is nothing to send: for a
+  // null `data`, or a `length` below 1. Returns 0 if the connection has ended, or if the other side
+  // has taken nothing for more than 12 s with more than 1,024 pieces waiting, which ends the
+  // connection as soon as nothing waits to be read; -1 if there is none. A number above 0 says that
+  // the bytes will be sent in their turn, not that they have arrived. What is sent before
+  // OnConnectOk is dropped, with the same result.
   int SendData(const char* data, int length);
 
   // The same without a copy. 1: the connection deletes the string, and `data` is null. 0 and -1:
@@ -206,8 +207,14 @@ class KALVO_API Kalvo_TcpServerHandler : public Kalvo_SocketHandlerObj {
   Kalvo_SocketAddr* GetLocalAddr();
 
   // Called by the engine for each client. Returns a handler, which the host has made and owns,
-  // for the new connection; its OnConnectOk follows. A connection that this handler had before is
-  // closed. Null, or throwing, refuses the client. `peer` is good for the call only.
+  // for the new connection; its OnConnectOk follows. Null, or throwing, refuses the client. `peer`
+  // is good for the call only.
+  //
+  // A handler may be returned for several clients. It serves all of them until each ends:
+  // OnConnectOk and OnDisConnect pass the peer that they are about, the calls for bytes do not.
+  // SendData and GetPeerAddr are for the last client. Close and the destructor end all; close the
+  // server before the handler is destroyed. While it has a connection that it made itself, or that
+  // another server accepted, the client is refused.
   virtual Kalvo_TcpClientHandler* OnAcceptClient(Kalvo_SocketAddr* peer) = 0;
 
  private:
@@ -236,8 +243,10 @@ class KALVO_API Kalvo_UdpHandler : public Kalvo_SocketHandlerObj {
   // not bound to an address: it gets a number with the first datagram that it sends.
   unsigned long Open(const char* host, int port);
 
-  // The same for a port that is to be in a multicast group, whose number others may also use. It
-  // gets what comes to all addresses; `host` chooses the interface of the group.
+  // The same for a port that is to be in a multicast group, whose number others may also use. With
+  // a `host`, which must be an address of this machine, it gets what is sent to that address, to
+  // its groups and as a broadcast, sends from that address, and its groups are on that interface.
+  // Without one it gets what comes to any address.
   unsigned long OpenBroadCastPort(const char* host, int port);
 
   // Closes the port. After that Open may be called again.

@@ -117,7 +117,7 @@ KALVO_API int Kalvo_SOCK_Send(int sock, Kalvo_SocketAddr* to, const char* data, 
 
 // Receives up to `length` bytes, once, and makes them the content of *into. Their number, 0
 // when the other side has closed; -1 on failure, and *into has `length` bytes. A datagram that
-// is larger fails with 10040.
+// is larger fails with 10040, and *into has its first `length` bytes.
 KALVO_API int Kalvo_SOCK_Read(int sock, Kalvo_String* into, int length);
 
 // Receives one datagram of up to 65,536 bytes as the content of *into, and its sender in

@@ -3,17 +3,12 @@
 #include <atomic>
 
 #include "platform/clock.h"
+#include "platform/thread_number.h"
 
 namespace {
 
 constexpr int kCounters = 16;
 std::atomic<std::uint32_t> theTime{1};
-
-// The stacks of threads lie far apart.
-std::size_t Place() {
-  const char here = 0;
-  return reinterpret_cast<std::uintptr_t>(&here) >> 20;
-}
 
 }  // namespace
 
@@ -25,7 +20,8 @@ MP_EngineCall::Counter MP_EngineCall::counters_[kCounters];
 MP_EngineRef::MP_EngineRef(MP_SocketManager* engine) : engine_(engine), time_(theTime) {}
 
 // Counts first: who ends the time looks at the counters after that.
-MP_EngineCall::MP_EngineCall(const MP_EngineRef& ref) : counter_(&counters_[Place() % kCounters]) {
+MP_EngineCall::MP_EngineCall(const MP_EngineRef& ref)
+    : counter_(&counters_[platform::thread_number() % kCounters]) {
   ++counter_->calls;
   engine_ = ref.time_ == theTime ? ref.engine_ : nullptr;
 }

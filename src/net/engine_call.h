@@ -8,7 +8,7 @@
 
 #include "net/mp_socket_manager.h"
 
-// An engine, and the time in which it lives. Empty, or stale, is none.
+// An engine pointer and its epoch. Invalid after the library stops or the process forks.
 class MP_EngineRef {
  public:
   MP_EngineRef() = default;
@@ -42,7 +42,7 @@ class MP_EngineCall {
   static bool WaitUntilNone(std::uint32_t ms);
 
  private:
-  // Counts the calls that are under way. Threads share a counter at random.
+  // Counts the calls that are under way. Threads take the counters in turn, so that few share one.
   struct alignas(64) Counter;
   static Counter counters_[];
 

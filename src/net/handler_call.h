@@ -16,14 +16,6 @@ bool CallHandler(Call call) {
   return platform::call_guarded(std::ref(call));
 }
 
-// What the call gives; -1 if it throws.
-template <class Call>
-int ResultOfHandler(Call call) {
-  int result = -1;
-  CallHandler([&] { result = call(); });
-  return result;
-}
-
 }  // namespace net
 
 #endif  // KALVOBASE_SRC_NET_HANDLER_CALL_H_

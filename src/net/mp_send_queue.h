@@ -28,8 +28,8 @@ class MP_SendQueue {
   // The one that is being sent; null if there is none.
   MP_SendBuffer* head() const { return head_.get(); }
 
-  // How many there are.
-  int count() const { return count_; }
+  // How many wait behind the one that is being sent.
+  int waiting() const { return count_ > 0 ? count_ - 1 : 0; }
 
   // `sent` bytes of it went out already.
   void Add(std::unique_ptr<Kalvo_String> data, std::size_t sent);

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr char kTransferError[] = "<warning> doTransfer error[%d]!!!";
+constexpr char kTransferThrown[] = "<error> disconnect 1 process fatal error!!";
 
 }  // namespace
 
@@ -43,16 +44,18 @@ void MP_SocketCore::AfterFailure(MP_SocketItem* item, int result) {
   connectQueue_->Schedule(item, result);
 }
 
-void MP_SocketCore::ConnectFailed(MP_SocketItem* item, int error) {
+void MP_SocketCore::ConnectFailed(MP_SocketItem* item, int error, const char* thrown) {
   const std::uint32_t id = item->id;
-  const int result =
-      net::ResultOfHandler([&] { return item->client()->OnConnectFaild(item->peerAddr, error); });
+  int result = -1;
+  const bool returned =
+      net::CallHandler([&] { result = item->client()->OnConnectFaild(item->peerAddr, error); });
+  if (!returned && thrown != nullptr) Kalvo_KernelDebugLog(kernel_debug::kError, thrown);
   if (item->id == id) AfterFailure(item, result);
 }
 
 void MP_SocketCore::TransferFailed(MP_SocketItem* item, int error) {
   Kalvo_KernelDebugLog(1, kTransferError, error);
-  Disconnected(item, error, "<error> disconnect 1 process fatal error!!");
+  Disconnected(item, error, kTransferThrown);
 }
 
 void MP_SocketCore::Disconnected(MP_SocketItem* item, int error, const char* thrown) {
@@ -71,5 +74,5 @@ void MP_SocketCore::Disconnected(MP_SocketItem* item, int error, const char* thr
   // The write that was under way has failed, too.
   if (!sending || item->id != id) return;
   Kalvo_KernelDebugLog(1, kTransferError, platform::kSocketConnectionAborted);
-  ConnectFailed(item, platform::kSocketConnectionAborted);
+  ConnectFailed(item, platform::kSocketConnectionAborted, kTransferThrown);
 }

@@ -27,8 +27,8 @@ class MP_SocketCore {
   // try again, below 0 never.
   void AfterFailure(MP_SocketItem* item, int result);
 
-  // The same, after the handler has been told and asked.
-  void ConnectFailed(MP_SocketItem* item, int error);
+  // The same, after the handler has been told and asked. `thrown` is logged if the handler throws.
+  void ConnectFailed(MP_SocketItem* item, int error, const char* thrown = nullptr);
   void Disconnected(MP_SocketItem* item, int error) { Disconnected(item, error, nullptr); }
 
   // A read has failed.

@@ -34,9 +34,11 @@ struct MP_PendingAccept {
 // Two recursive locks guard it. stateLock is held across every change of state and every call of
 // the handler; sendLock across all that is about sending, which takes no stateLock, so that
 // sending does not wait for a call of the handler. They are taken in this order. The locks of the
-// pool, of the connect queue, of the acceptor and of the port are innermost. The engine itself
-// takes no stateLock while it holds that of another record, but for a new one; a host does, when
-// it closes one connection in a call of another.
+// pool, of the connect queue, of the acceptor and of the port are innermost. While it
+// holds the stateLock of a record, the engine takes that of a new one, of an earlier connection of
+// the handler that it gives to the new one, and of the other socket of a UDP port; all of these are
+// called on the same thread. A host does the same, when it closes one connection in a call of
+// another.
 class MP_SocketItem : public Kalvo_QueueObject {
  public:
   static constexpr std::uint32_t kGenerationMask = 0xFFFF;
@@ -70,13 +72,13 @@ class MP_SocketItem : public Kalvo_QueueObject {
   int socket = -1;
   platform::PortTag tag = 0;  // of the socket, at the port
   bool connected = false;
-  Kalvo_SocketAddr* peerAddr = nullptr;  // the handler's
+  Kalvo_SocketAddr* peerAddr = nullptr;  // the handler's, or in ownAddresses
 
   // --- Under stateLock --------------------------------------------------------------------
 
   Kalvo_SocketHandlerObj* handler;        // never null: an idle record has one that does nothing
   Kalvo_SocketAddr* bindAddr = nullptr;   // the handler's; null: bound to none
-  Kalvo_SocketAddr* localAddr = nullptr;  // the handler's
+  Kalvo_SocketAddr* localAddr = nullptr;  // as peerAddr
   bool reconnect = false;                 // the host made the connection
 
   // What the handler has declined so far, in readBuffer.
@@ -98,6 +100,9 @@ class MP_SocketItem : public Kalvo_QueueObject {
   // Of a stream: much came the last time, more than it pays to receive before the handler has room
   // for it.
   bool receivesMuch = false;
+
+  // Of a datagram socket: only what is sent to groups or as a broadcast counts.
+  bool ofGroups = false;
 
   // Of a datagram socket: how many datagrams to go before looking for another right behind one.
   int datagramsToGo = 0;
@@ -124,6 +129,14 @@ class MP_SocketItem : public Kalvo_QueueObject {
   std::uint32_t connectTurn = 0;  // the pass after which it was put in
 
   // --- Under stateLock, and seldom used: so it lies behind what is always used -------------------
+
+  // Of a connection whose handler serves others, too. Kept when the connection ends, since a call
+  // of the handler may still use them.
+  struct Addresses {
+    Kalvo_SocketAddr local;
+    Kalvo_SocketAddr peer;
+  };
+  std::unique_ptr<Addresses> ownAddresses;
 
   char readBuffer[kReadBufferSize];
 };

@@ -2,6 +2,21 @@
 
 #include "frame/mp_kernel_debug.h"
 #include "net/handler_call.h"
+#include "net/mp_tcp_client.h"
+#include "platform/socket.h"
+#include "platform/thread.h"
+
+namespace {
+
+// For exceptions of the engine itself; those of handlers are logged where the handler is called.
+// The callback of the host may throw for the same reason.
+void TellOfException() {
+  net::CallHandler([] {
+    Kalvo_KernelDebugLog(kernel_debug::kError, "<error> exception in the socket engine!!");
+  });
+}
+
+}  // namespace
 
 MP_SocketManager::MP_SocketManager()
     : port_(platform::port_create()),
@@ -13,6 +28,7 @@ MP_SocketManager::MP_SocketManager()
       udp_(&core_) {
   Kalvo_SOCK_Init();
   if (port_ == nullptr) return;
+  const platform::SignalsBlocked quiet;
   transferThread_ = std::make_unique<Kalvo_Thread>(SockTranferWorkThread, this, 0,
                                                    "SockTranferWorkThread", nullptr, 0);
   connectThread_ = std::make_unique<Kalvo_Thread>(SockConnectWorkThread, this, 0,
@@ -83,12 +99,46 @@ int MP_SocketManager::SendBytes(unsigned long id, const char* data, int length) 
   return transfer_.SendBytes(static_cast<std::uint32_t>(id), data, length);
 }
 
+bool MP_SocketManager::IsMadeByHost(std::uint32_t id) const {
+  MP_SocketItem* const item = pool_.Find(id);
+  if (item == nullptr) return false;
+  const MP_Guard guard(&item->sendLock);
+  return item->id == id && item->reconnect;
+}
+
+void MP_SocketManager::CloseOf(const MP_TcpClient* client, std::uint32_t id) {
+  MP_SocketItem* const item = pool_.Find(id);
+  if (item == nullptr) return;
+  const MP_Guard guard(&item->stateLock);
+  const bool connection = item->id == id && item->type == SOCK_KIND_TCP && item->acceptIndex < 0;
+  if (connection && &MP_TcpClient::Of(*item->client()) == client) pool_.Free(item);
+}
+
+bool MP_SocketManager::KeepAddresses(std::uint32_t id, const Kalvo_SocketAddr* local,
+                                     const Kalvo_SocketAddr* peer) {
+  MP_SocketItem* const item = pool_.Find(id);
+  if (item == nullptr) return false;
+  const MP_SocketItemGuard guard(item);
+  if (item->id != id) return false;
+  if (item->peerAddr != peer) return true;
+  item->ownAddresses = std::make_unique<MP_SocketItem::Addresses>();
+  item->ownAddresses->local = *local;
+  item->ownAddresses->peer = *peer;
+  item->localAddr = &item->ownAddresses->local;
+  item->peerAddr = &item->ownAddresses->peer;
+  return true;
+}
+
 // --- The threads ----------------------------------------------------------------------
 
+// An exception ends here, and the thread goes on.
 unsigned long MP_SocketManager::SockConnectWorkThread(void* self) {
   auto* const manager = static_cast<MP_SocketManager*>(self);
   manager->connector_.BeginThread();
-  while (manager->connectThread_->Running()) manager->connector_.Step();
+  const auto step = [manager] { manager->connector_.Step(); };
+  while (manager->connectThread_->Running()) {
+    if (!net::CallHandler(step)) TellOfException();
+  }
   manager->connector_.EndThread();
   return 0;
 }
@@ -101,19 +151,48 @@ unsigned long MP_SocketManager::SockTranferWorkThread(void* self) {
 
 // A handful of completions, after a wait for the first.
 void MP_SocketManager::Transfer() {
-  if (!platform::port_wait(port_, &completions_[0])) return;
-  int count = 1;
-  while (count < MP_TcpTransfer::kPlaces && platform::port_next(port_, &completions_[count])) {
-    ++count;
-  }
+  int count = 0;
+  while (count < MP_TcpTransfer::kPlaces && TakeNext(&completions_[count])) ++count;
   if (count > 1) LookAhead(count);
   for (int i = 0; i < count; ++i) {
-    if (!quitting_) {
-      Dispatch(completions_[i]);
-    } else if (completions_[i].socket >= 0) {
-      platform::socket_close(completions_[i].socket);
+    const platform::Completion& completion = completions_[i];
+    if (quitting_) {
+      if (completion.socket >= 0) platform::socket_close(completion.socket);
+    } else if (!net::CallHandler([&] { Dispatch(completion); })) {
+      TellOfException();
+      EndAfterException(completion);
     }
   }
+}
+
+// The first of a handful is waited for.
+bool MP_SocketManager::TakeNext(platform::Completion* completion) {
+  bool taken = false;
+  const bool returned = net::CallHandler([&] {
+    taken = completion == completions_ ? platform::port_wait(port_, completion)
+                                       : platform::port_next(port_, completion);
+  });
+  if (!returned) TellOfException();
+  return taken;
+}
+
+// What the completion was for ends with an error, or, if that is a listener or a port, goes on.
+void MP_SocketManager::EndAfterException(const platform::Completion& completion) {
+  auto* const item = static_cast<MP_SocketItem*>(completion.context);
+  const MP_Guard guard(&item->stateLock);
+  if (item->type == SOCK_KIND_FREE || item->id != completion.key) return;
+  const bool ended = net::CallHandler([&] {
+    if (item->acceptIndex >= 0) {
+      acceptor_.Refuse(item, completion);
+    } else if (item->type == SOCK_KIND_UDP) {
+      udp_.GoOn(item);
+    } else if (item->connected) {
+      core_.Disconnected(item, platform::kSocketNoBuffers);
+    } else {
+      core_.ConnectFailed(item, platform::kSocketNoBuffers);
+    }
+  });
+  if (!ended) TellOfException();
 }
 
 void MP_SocketManager::LookAhead(int count) {

@@ -36,8 +36,21 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   int GetKind() override { return kind_; }
   void SetKind(int kind) override { kind_ = kind; }
 
-  // As Send, of bytes that stay the caller's. `length` is above 0.
+  // As Send, of bytes that stay the caller's. A `length` of 0 sends nothing and gives 1.
   int SendBytes(unsigned long id, const char* data, int length);
+
+  // False if no connection has this id any more.
+  bool IsOpen(std::uint32_t id) const { return pool_.Find(id) != nullptr; }
+
+  // True for a connection, or an attempt, that the handler began by Connect.
+  bool IsMadeByHost(std::uint32_t id) const;
+
+  // Closes a connection of this handler. Does nothing if the id is another handler's by now.
+  void CloseOf(const MP_TcpClient* client, std::uint32_t id);
+
+  // The handler's addresses are about to become those of another connection: one that uses them
+  // gets copies of its own. False if it has ended.
+  bool KeepAddresses(std::uint32_t id, const Kalvo_SocketAddr* local, const Kalvo_SocketAddr* peer);
 
   // The one that was made after this.
   MP_SocketManager* next() const { return next_; }
@@ -61,6 +74,8 @@ class MP_SocketManager : public Kalvo_SocketManagerHelper {
   void Dispatch(const platform::Completion& completion);
   bool IsOf(const MP_SocketItem* item, const platform::Completion& completion) const;
   void Handle(MP_SocketItem* item, const platform::Completion& completion);
+  bool TakeNext(platform::Completion* completion);
+  void EndAfterException(const platform::Completion& completion);
 
   platform::CompletionPort* const port_;
   MP_ConnectQueue connectQueue_;

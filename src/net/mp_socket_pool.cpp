@@ -31,7 +31,9 @@ MP_SocketPool::~MP_SocketPool() {
 void MP_SocketPool::Abandon() {
   ForEach([](MP_SocketItem* item) {
     if (item->type == SOCK_KIND_UDP) {
-      MP_UdpPort::Of(*static_cast<Kalvo_UdpHandler*>(item->handler)).socket = -1;
+      MP_UdpPort& port = MP_UdpPort::Of(*static_cast<Kalvo_UdpHandler*>(item->handler));
+      port.socket = -1;
+      port.groupSocket = -1;
     }
     item->type = SOCK_KIND_FREE;
     item->id = item->id & ~MP_SocketItem::kGenerationMask;
@@ -91,6 +93,7 @@ void MP_SocketPool::Free(MP_SocketItem* item) {
     item->DropInput();
     item->acceptOwner = nullptr;
     item->acceptIndex = -1;
+    item->ofGroups = false;
   }
   const MP_ShieldedGuard guard(&tableLock_);
   freeItems_.AddItemAtTail(item);

@@ -14,21 +14,25 @@ namespace {
 constexpr int kKeepAliveIdle = 12;  // seconds
 constexpr int kKeepAliveInterval = 5;
 
-// What is accepted inherits the options, but for being non-blocking.
+void SetOptions(int socket) {
+  if (platform::socket_set_keep_alive(socket, kKeepAliveIdle, kKeepAliveInterval) != 0) {
+    Kalvo_KernelDebugLog(1, "<Warning> SetKalvoSock KeepAlive Failed!");
+  }
+  platform::socket_set_no_delay(socket, 1);
+  platform::socket_set_reuse(socket, 1);
+}
+
 int OpenListener(MP_SocketAddr* address) {
   const int socket = platform::socket_open(platform::kInternet, platform::SocketType::kStream);
   if (socket < 0) return -1;
   platform::socket_set_reuse(socket, 1);
   if (platform::socket_bind(socket, address->bytes(), address->length()) != 0) {
     const int error = platform::socket_error();
-    platform::socket_close(socket);
+    net::CloseKeepingError(socket);
     Kalvo_KernelDebugLog(kError, "<error> server bind error [%d]!!!", error);
     return -1;
   }
-  if (platform::socket_set_keep_alive(socket, kKeepAliveIdle, kKeepAliveInterval) != 0) {
-    Kalvo_KernelDebugLog(1, "<Warning> SetKalvoSock KeepAlive Failed!");
-  }
-  platform::socket_set_no_delay(socket, 1);
+  SetOptions(socket);
   // What was waiting may be gone, or taken by a child of this process, when it is accepted.
   platform::socket_set_blocking(socket, false);
   if (address->port() == 0) net::TakeOwnAddress(socket, address);
@@ -54,7 +58,7 @@ std::uint32_t MP_TcpAcceptor::Listen(Kalvo_TcpServerHandler* handler) {
     item->localAddr = &server.localAddr;
     const bool listening = platform::socket_listen(socket) == 0;
     if (!listening) {
-      platform::socket_close(socket);
+      net::CloseKeepingError(socket);
       Kalvo_KernelDebugLog(kError, "<error> listen somax error !!! ");
     }
     if (!listening || !core_->TakeSocket(item, socket, platform::PortSocket::kListener)) {
@@ -114,21 +118,25 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
     if (item->id != id) return;  // the listener was closed
   }
   if (handler == nullptr) {
-    const MP_SocketItemGuard guard(item);
-    core_->pool()->CloseSocket(item);
-    platform::port_accept(core_->port(), accepted.tag, id, item);
+    Refuse(item, accepted);
     return;
   }
 
+  // Systems differ in what an accepted socket inherits.
+  SetOptions(item->socket);
+  platform::socket_set_blocking(item->socket, true);
   MP_TcpClient& client = MP_TcpClient::Of(*handler);
-  client.Close();  // what it had before
+  Kalvo_SocketAddr local;
   if (MP_SocketAddr::Of(*item->localAddr).internetBytes() != nullptr) {
-    client.localAddr = *item->localAddr;  // the listener's, which stands for no other
+    local = *item->localAddr;  // the listener's, which stands for no other
   } else {
-    net::TakeOwnAddress(item->socket, &MP_SocketAddr::Of(client.localAddr));
+    net::TakeOwnAddress(item->socket, &MP_SocketAddr::Of(local));
   }
-  client.peerAddr = scratchAddr_;
-  client.Adopt(manager_, id);
+  if (!client.Reserve(manager_, local, scratchAddr_)) {
+    Kalvo_KernelDebugLog(kError, "<error> the accepted handler has another connection!!");
+    Refuse(item, accepted);
+    return;
+  }
   const Listener listener{item->acceptOwner, item->acceptOwnerId, accepted.tag, item->handler,
                           item->localAddr};
   const int index = item->acceptIndex;
@@ -140,14 +148,24 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
     item->localAddr = &client.localAddr;
     item->peerAddr = &client.peerAddr;
     item->connected = true;
+    item->sendError = 0;
   }
-  // Not before the handler has its id: who closes the listener waits for those that are in its
-  // places, and may destroy the handlers right after that.
+  client.Adopt(id);  // now that sending works
+  // The handler has its id by now: a host that closes the listener waits for the accepts that are
+  // in its places, and may close and destroy all handlers after that.
   PostAccept(listener, index);
   if (!net::CallHandler([&] { handler->OnConnectOk(item->peerAddr, 0); })) {
     Kalvo_KernelDebugLog(kError, "<error> process OnConnectOk error!!!!");
   }
   if (item->id == id) core_->ResetReadOp(item, platform::PortReadAfter::kEmpty);
+}
+
+void MP_TcpAcceptor::Refuse(MP_SocketItem* item, const platform::Completion& accepted) {
+  {
+    const MP_SocketItemGuard guard(item);
+    core_->pool()->CloseSocket(item);
+  }
+  platform::port_accept(core_->port(), accepted.tag, item->id, item);
 }
 
 std::unique_ptr<MP_PendingAccept[]> MP_TcpAcceptor::TakeAccepts(MP_SocketItem* listener) {

@@ -21,6 +21,10 @@ class MP_TcpAcceptor {
   // A client has come, on the transfer thread. The caller holds the stateLock of the accept.
   void ProcessAccept(MP_SocketItem* item, const platform::Completion& accepted);
 
+  // Closes the socket of a client that was not served, and waits for the next. The caller holds the
+  // stateLock of the accept.
+  void Refuse(MP_SocketItem* item, const platform::Completion& accepted);
+
   // What waits for a listener, to be freed once the listener is. The caller holds its stateLock.
   std::unique_ptr<MP_PendingAccept[]> TakeAccepts(MP_SocketItem* listener);
 

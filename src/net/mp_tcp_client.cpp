@@ -1,11 +1,14 @@
 #include "net/mp_tcp_client.h"
 
+#include <algorithm>
 #include <memory>
+#include <new>
 
 #include "net/socket_managers.h"
+#include "platform/process.h"
 #include "text/mp_string.h"
 
-MP_TcpClient::MP_TcpClient() { Kalvo_SOCK_Init(); }
+MP_TcpClient::MP_TcpClient() : forks_(platform::fork_count()) { Kalvo_SOCK_Init(); }
 
 void MP_TcpClient::InitLocal(const char* host, int port) {
   if (id_ != 0) return;
@@ -33,22 +36,40 @@ unsigned long MP_TcpClient::Connect(Kalvo_TcpClientHandler* handler, const char*
 }
 
 void MP_TcpClient::Close() {
-  const std::uint32_t id = id_;
-  if (id == 0) return;
+  // Once more if the engine has accepted another connection for this handler meanwhile.
+  for (std::uint32_t id = id_; id != 0; id = id_) {
+    CloseCurrent(id);
+    for (const std::uint32_t one : TakeEarlier()) {
+      const MP_EngineCall call(engine_);
+      if (call.engine() != nullptr) call.engine()->CloseOf(this, one);
+    }
+    id_.compare_exchange_strong(id, 0);
+  }
+}
+
+void MP_TcpClient::CloseCurrent(std::uint32_t id) {
   if (hosts_ != nullptr) {
     hosts_->Close(id);
-  } else {
-    const MP_EngineCall call(engine_);
-    if (call.engine() != nullptr) call.engine()->Close(id);
+    return;
   }
-  id_ = 0;
+  const MP_EngineCall call(engine_);
+  if (call.engine() != nullptr) call.engine()->Close(id);
+}
+
+std::vector<std::uint32_t> MP_TcpClient::TakeEarlier() {
+  if (forks_ != platform::fork_count()) lock_.TakeOver();  // a thread of the parent may hold it
+  forks_ = platform::fork_count();
+  std::vector<std::uint32_t> earlier;
+  const MP_ShieldedGuard guard(&lock_);
+  earlier.swap(earlier_);
+  return earlier;
 }
 
 int MP_TcpClient::SendData(const char* data, int length) {
   const std::uint32_t id = id_;
   if (id == 0) return -1;
-  if (data == nullptr || length < 1) return 0;
-  return SendBytes(id, data, length) > 0 ? length : 0;
+  const int size = data != nullptr && length > 0 ? length : 0;
+  return SendBytes(id, data, size) > 0 ? length : 0;
 }
 
 int MP_TcpClient::SendBytes(std::uint32_t id, const char* data, int length) {
@@ -86,8 +107,58 @@ void MP_TcpClient::SetManager(Kalvo_SocketManagerHelper* manager) {
   hosts_ = engine == nullptr ? manager : nullptr;
 }
 
-void MP_TcpClient::Adopt(MP_SocketManager* engine, std::uint32_t id) {
-  engine_ = MP_EngineRef(engine);
-  hosts_ = nullptr;
+bool MP_TcpClient::Reserve(MP_SocketManager* engine, const Kalvo_SocketAddr& local,
+                           const Kalvo_SocketAddr& peer) {
+  if (hosts_ != nullptr) {
+    Close();
+    hosts_ = nullptr;
+  }
+  if (!ReserveFor(engine)) return false;
+  try {
+    const std::uint32_t before = id_;
+    if (before != 0) KeepEarlier(engine, before);
+    localAddr = local;
+    peerAddr = peer;
+    return true;
+  } catch (const std::bad_alloc&) {
+    SetReserved(false);
+    throw;
+  }
+}
+
+// Two servers may return the handler at the same time. The first one to come has it.
+bool MP_TcpClient::ReserveFor(MP_SocketManager* engine) {
+  const MP_ShieldedGuard guard(&lock_);
+  const MP_EngineCall call(engine_);
+  const std::uint32_t before = id_;
+  if (call.engine() != engine) {
+    if (reserved_ || (call.engine() != nullptr && call.engine()->IsOpen(before))) return false;
+    engine_ = MP_EngineRef(engine);
+  } else if (call.engine()->IsMadeByHost(before)) {
+    return false;
+  }
+  reserved_ = true;
+  return true;
+}
+
+void MP_TcpClient::SetReserved(bool reserved) {
+  const MP_ShieldedGuard guard(&lock_);
+  reserved_ = reserved;
+}
+
+void MP_TcpClient::Adopt(std::uint32_t id) {
   id_ = id;
+  SetReserved(false);
+}
+
+// The ids of connections that have ended are dropped each time that their number has doubled.
+void MP_TcpClient::KeepEarlier(MP_SocketManager* engine, std::uint32_t id) {
+  if (!engine->KeepAddresses(id, &localAddr, &peerAddr)) return;
+  const MP_ShieldedGuard guard(&lock_);
+  if (earlier_.size() == earlier_.capacity()) {
+    const auto ended = [engine](std::uint32_t one) { return !engine->IsOpen(one); };
+    earlier_.erase(std::remove_if(earlier_.begin(), earlier_.end(), ended), earlier_.end());
+    earlier_.reserve(2 * earlier_.size() + 8);
+  }
+  earlier_.push_back(id);
 }

@@ -6,7 +6,9 @@
 #include <atomic>
 #include <cstdarg>
 #include <cstdint>
+#include <vector>
 
+#include "concurrency/mp_lock.h"
 #include "kalvobase/handler.h"
 #include "net/engine_call.h"
 
@@ -30,15 +32,33 @@ class MP_TcpClient {
   // For the engine.
   Kalvo_SocketAddr* bindAddr() { return bound_ ? &localAddr : nullptr; }
   void SetId(std::uint32_t id) { id_ = id; }
-  void Adopt(MP_SocketManager* engine, std::uint32_t id);
+
+  // Before a connection that the engine accepted is given to the handler: those that the same
+  // engine accepted before go on. False if the handler has a connection of another kind, whose
+  // calls would come from another thread. Throws std::bad_alloc if there is no memory to keep the
+  // earlier one.
+  bool Reserve(MP_SocketManager* engine, const Kalvo_SocketAddr& local,
+               const Kalvo_SocketAddr& peer);
+
+  // From here on the handler's operations are for this connection.
+  void Adopt(std::uint32_t id);
 
   Kalvo_SocketAddr peerAddr;
   Kalvo_SocketAddr localAddr;
 
  private:
   int SendBytes(std::uint32_t id, const char* data, int length);
+  void CloseCurrent(std::uint32_t id);
+  bool ReserveFor(MP_SocketManager* engine);
+  void SetReserved(bool reserved);
+  void KeepEarlier(MP_SocketManager* engine, std::uint32_t id);
+  std::vector<std::uint32_t> TakeEarlier();
 
   std::atomic<std::uint32_t> id_{0};            // stays when the connection has ended, until Close
+  MP_Lock lock_;                                // guards these three; innermost
+  bool reserved_ = false;                       // from Reserve to Adopt
+  std::uint32_t forks_;                         // of the process, when lock_ was last sound
+  std::vector<std::uint32_t> earlier_;          // accepted before the one of id_; some have ended
   bool bound_ = false;                          // connections come from localAddr
   MP_EngineRef engine_;                         // the library's, from the first Connect on
   Kalvo_SocketManagerHelper* hosts_ = nullptr;  // one of the host's in its place

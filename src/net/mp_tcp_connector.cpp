@@ -84,7 +84,7 @@ void MP_TcpConnector::RunConnectQueue() {
     const MP_ConnectQueue::Charged charged = connectQueue_->Charge(item, &elapsed_);
     if (charged == MP_ConnectQueue::Charged::kNotDue) return;
     if (charged == MP_ConnectQueue::Charged::kGone) continue;
-    if (!TryConnect(item)) {
+    if (!Begin(item)) {
       Kalvo_KernelDebugLog(1, "<debug> connect not real!![0x%08x]", item->id.load());
       continue;
     }
@@ -112,6 +112,20 @@ int MP_TcpConnector::EmptySlot() const {
     if (slots_[slot].item == nullptr) return slot;
   }
   return -1;
+}
+
+// As TryConnect. An exception is a failure of this attempt alone.
+bool MP_TcpConnector::Begin(MP_SocketItem* item) {
+  const std::uint32_t id = item->id;
+  bool begun = false;
+  const bool returned = net::CallHandler([&] { begun = TryConnect(item); });
+  if (returned || item->id != id) return begun;
+  if (item->connected) {
+    core_->Disconnected(item, platform::kSocketNoBuffers);
+  } else {
+    core_->ConnectFailed(item, platform::kSocketNoBuffers);
+  }
+  return false;
 }
 
 // True if a connect is under way.
@@ -164,6 +178,10 @@ void MP_TcpConnector::TakeResult(MP_SocketItem* item) {
 }
 
 void MP_TcpConnector::Stands(MP_SocketItem* item) {
+  if (net::IsConnectedToItself(item->socket)) {
+    core_->ConnectFailed(item, platform::kSocketConnectionRefused);
+    return;
+  }
   if (item->bindAddr == nullptr) {
     net::TakeOwnAddress(item->socket, &MP_SocketAddr::Of(*item->localAddr));
   }

@@ -43,6 +43,7 @@ class MP_TcpConnector {
   void Finished(int slot);
   void Sweep();
   int EmptySlot() const;
+  bool Begin(MP_SocketItem* item);
   bool TryConnect(MP_SocketItem* item);
   void GiveUp(MP_SocketItem* item, const char* format);
   void Stands(MP_SocketItem* item);

@@ -47,6 +47,7 @@ int MP_TcpTransfer::Send(std::uint32_t id, Kalvo_String*& data) {
 
 // Only what does not go out at once is copied.
 int MP_TcpTransfer::SendBytes(std::uint32_t id, const char* data, int length) {
+  if (length == 0) return 1;
   MP_SocketItem* const item = core_->pool()->Find(id);
   if (item == nullptr) return 0;
   const MP_Guard guard(&item->sendLock);
@@ -99,11 +100,11 @@ void MP_TcpTransfer::SendFailed(MP_SocketItem* item, int error) {
 }
 
 bool MP_TcpTransfer::IsStalled(MP_SocketItem* item) {
-  if (item->sends.count() <= kLongQueue || item->lastSendTick == 0) return false;
+  if (item->sends.waiting() <= kLongQueue || item->lastSendTick == 0) return false;
   const std::uint32_t delay = platform::tick_count() - item->lastSendTick;
   if (delay <= kStallMs || item->peerAddr == nullptr) return false;
   Kalvo_KernelDebugLog(kError, "<error> Send buffer size[%d],delay[%d],ip[%s:%d]!!!!",
-                       item->sends.count(), static_cast<int>(delay), item->peerAddr->GetAddr(),
+                       item->sends.waiting(), static_cast<int>(delay), item->peerAddr->GetAddr(),
                        item->peerAddr->GetPort());
   return true;
 }

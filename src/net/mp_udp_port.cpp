@@ -22,10 +22,16 @@ unsigned long MP_UdpPort::Open(Kalvo_UdpHandler* handler, const char* host, int 
 void MP_UdpPort::Close() {
   const std::uint32_t id = id_;
   if (id == 0) return;
+  const std::uint32_t groupId = groupId_;
   socket = -1;
+  groupSocket = -1;
   inGroup_ = false;
   const MP_EngineCall call(engine_);
-  if (call.engine() != nullptr) call.engine()->Close(id);
+  if (call.engine() != nullptr) {
+    call.engine()->Close(id);
+    if (groupId != 0) call.engine()->Close(groupId);
+  }
+  groupId_ = 0;
   id_ = 0;
 }
 
@@ -46,8 +52,7 @@ void MP_UdpPort::EnableBroadcast(int on) {
   if (id_ != 0) platform::socket_set_broadcast(socket, on);
 }
 
-// A port that was opened for one interface is in the group there.
-const char* MP_UdpPort::GroupInterface() const {
+const char* MP_UdpPort::OwnAddress() const {
   const MP_SocketAddr& local = MP_SocketAddr::Of(localAddr);
   return local.isGroup() ? nullptr : local.internetBytes();
 }
@@ -56,11 +61,13 @@ void MP_UdpPort::AddGroup(const char* address) {
   inGroup_ = false;
   if (address == nullptr) return;
   platform::parse_internet_address(address, group_);
-  inGroup_ = platform::socket_join_group(socket, group_, GroupInterface()) == 0;
+  const char* const own = OwnAddress();
+  inGroup_ = platform::socket_set_group_interface(socket, own) == 0 &&
+             platform::socket_join_group(GroupSocket(), group_, own) == 0;
 }
 
 void MP_UdpPort::LeaveGroup() {
   if (!inGroup_) return;
-  platform::socket_leave_group(socket, group_, GroupInterface());
+  platform::socket_leave_group(GroupSocket(), group_, OwnAddress());
   inGroup_ = false;
 }

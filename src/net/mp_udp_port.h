@@ -30,15 +30,29 @@ class MP_UdpPort {
   // For the engine. Whether the port has an address of its own from the start.
   bool isBound() const { return bound_; }
   void SetId(std::uint32_t id) { id_ = id; }
+  void SetGroupId(std::uint32_t id) { groupId_ = id; }
+  std::uint32_t id() const { return id_; }
+  std::uint32_t groupId() const { return groupId_; }
+
+  // The IPv4 address that the port was opened on, four bytes. Null if that stands for all
+  // addresses, or is a group.
+  const char* OwnAddress() const;
 
   Kalvo_SocketAddr localAddr;
-  std::atomic<int> socket{-1};  // the engine's, which closes it
+  std::atomic<int> socket{-1};  // these two are the engine's, which closes them
+
+  // Of a port for groups on an address of its own: a socket bound to that address gets nothing of
+  // groups and no broadcasts, so these come here. -1 for any other port.
+  std::atomic<int> groupSocket{-1};
+
+  std::atomic<bool> receives{true};  // until OnDataOk ends it
 
  private:
-  const char* GroupInterface() const;
+  int GroupSocket() const { return groupSocket >= 0 ? groupSocket : socket; }
   bool HasEngine() const { return MP_EngineCall(engine_).engine() != nullptr; }
 
   std::atomic<std::uint32_t> id_{0};
+  std::atomic<std::uint32_t> groupId_{0};
   bool bound_ = false;
   MP_EngineRef engine_;
 

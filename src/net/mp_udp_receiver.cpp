@@ -7,19 +7,36 @@
 #include "net/mp_udp_port.h"
 #include "net/socket_calls.h"
 #include "platform/descriptor.h"
+#include "platform/kept_error.h"
 
 namespace {
+
+// Others may use the number, too.
+int OpenShared(const MP_SocketAddr& address) {
+  const int socket = platform::socket_open(platform::kInternet, platform::SocketType::kDatagram);
+  if (socket < 0) return -1;
+  platform::socket_set_reuse(socket, 1);
+  if (platform::socket_bind(socket, address.bytes(), address.length()) == 0) return socket;
+  net::CloseKeepingError(socket);
+  return -1;
+}
 
 int OpenSocket(MP_UdpPort* port, bool broadcast) {
   MP_SocketAddr* const local = &MP_SocketAddr::Of(port->localAddr);
   if (!broadcast) return net::Open(local, platform::SocketType::kDatagram, port->isBound());
-  const int socket = platform::socket_open(platform::kInternet, platform::SocketType::kDatagram);
-  if (socket < 0 || !port->isBound()) return socket;
-  platform::socket_set_reuse(socket, 1);
-  // What is sent to a group does not come to one address; that only chooses the interface.
-  MP_SocketAddr bound = *local;
-  if (!bound.isGroup()) bound.Widen();
-  if (platform::socket_bind(socket, bound.bytes(), bound.length()) == 0) return socket;
+  if (port->isBound()) return OpenShared(*local);
+  return platform::socket_open(platform::kInternet, platform::SocketType::kDatagram);
+}
+
+int OpenForGroups(const MP_UdpPort& port) {
+  MP_SocketAddr all = MP_SocketAddr::Of(port.localAddr);
+  all.Widen();
+  const int socket = OpenShared(all);
+  if (socket < 0) return -1;
+  if (platform::socket_tell_destination(socket) == 0 &&
+      platform::socket_only_own_groups(socket) == 0) {
+    return socket;
+  }
   net::CloseKeepingError(socket);
   return -1;
 }
@@ -28,40 +45,87 @@ int OpenSocket(MP_UdpPort* port, bool broadcast) {
 
 std::uint32_t MP_UdpReceiver::OpenUdp(Kalvo_UdpHandler* handler, bool broadcast) {
   MP_UdpPort& port = MP_UdpPort::Of(*handler);
-  const int socket = OpenSocket(&port, broadcast);
-  if (socket < 0) return 0;
   MP_SocketAddr* const local = &MP_SocketAddr::Of(port.localAddr);
-  if (!port.isBound() || local->port() == 0) {
-    MP_SocketAddr own;
-    net::TakeOwnAddress(socket, &own);
-    if (broadcast && port.isBound()) {
-      local->SetPort(own.port());
-    } else {
-      *local = own;
-    }
+  const bool anyNumber = local->port() == 0;
+  int socket = -1;
+  int groupSocket = -1;
+  bool ofGroups = false;
+  // A number that the system chooses is free at one address. The other socket needs it at all.
+  for (int tries = kNumberTries; tries > 0; --tries) {
+    if (anyNumber) local->SetPort(0);
+    socket = OpenSocket(&port, broadcast);
+    if (socket < 0) return 0;
+    if (!port.isBound() || anyNumber) net::TakeOwnAddress(socket, local);
+    ofGroups = broadcast && port.isBound() && port.OwnAddress() != nullptr;
+    if (ofGroups) groupSocket = OpenForGroups(port);
+    if (!ofGroups || groupSocket >= 0) break;
+    net::CloseKeepingError(socket);
+    socket = -1;
+    if (!anyNumber) break;
   }
+  if (socket < 0) return 0;
+  port.receives = true;
+  port.groupSocket = groupSocket;
+  port.socket = socket;
+  const platform::PortTag tag = Add(handler, socket, false);
+  const platform::PortTag groupTag = ofGroups ? Add(handler, groupSocket, true) : 0;
+  if (tag == 0 || ofGroups != (groupTag != 0)) {
+    platform::KeptError error;
+    error.Note();
+    EndPort(&port);
+    port.SetId(0);
+    port.SetGroupId(0);
+    return 0;
+  }
+  // From here on the handler is called, and may close the port.
+  const std::uint32_t id = port.id();
+  platform::port_read(core_->port(), tag, platform::PortReadAfter::kTaken);
+  if (ofGroups) platform::port_read(core_->port(), groupTag, platform::PortReadAfter::kTaken);
+  return id;
+}
+
+// Gives a socket a record. Returns its tag at the port, or 0 with the socket closed.
+platform::PortTag MP_UdpReceiver::Add(Kalvo_UdpHandler* handler, int socket, bool ofGroups) {
   MP_SocketItem* const item =
       platform::socket_set_blocking(socket, false) == 0 ? core_->pool()->Alloc() : nullptr;
   if (item == nullptr) {
     net::CloseKeepingError(socket);
     return 0;
   }
+  MP_UdpPort& port = MP_UdpPort::Of(*handler);
   const MP_SocketItemGuard guard(item);
   item->type = SOCK_KIND_UDP;
   item->handler = handler;
   item->localAddr = &port.localAddr;
+  item->ofGroups = ofGroups;
   if (!core_->TakeSocket(item, socket, platform::PortSocket::kDatagram)) {
     core_->pool()->Free(item);
     return 0;
   }
-  port.socket = socket;
-  port.SetId(item->id);
-  platform::port_read(core_->port(), item->tag, platform::PortReadAfter::kTaken);
-  return item->id;
+  if (ofGroups) {
+    port.SetGroupId(item->id);
+  } else {
+    port.SetId(item->id);
+  }
+  return item->tag;
+}
+
+// Closes the sockets of a port, which stays open for its handler.
+void MP_UdpReceiver::EndPort(MP_UdpPort* port) {
+  port->socket = -1;  // before the numbers can be another's
+  port->groupSocket = -1;
+  for (const std::uint32_t id : {port->id(), port->groupId()}) {
+    MP_SocketItem* const item = core_->pool()->Find(id);
+    if (item == nullptr) continue;
+    const MP_Guard guard(&item->stateLock);
+    if (item->id == id) core_->pool()->Free(item);
+  }
 }
 
 void MP_UdpReceiver::ProcessUdpRead(MP_SocketItem* item) {
   const std::uint32_t id = item->id;
+  MP_UdpPort& port = MP_UdpPort::Of(*static_cast<Kalvo_UdpHandler*>(item->handler));
+  if (!port.receives) return;
   platform::clear_socket_error();
   const char* datagram;
   const std::int64_t count = Look(item, &datagram);
@@ -91,8 +155,7 @@ void MP_UdpReceiver::ProcessUdpRead(MP_SocketItem* item) {
   auto* const handler = static_cast<Kalvo_UdpHandler*>(item->handler);
   if (buffer == nullptr) {
     Kalvo_KernelDebugLog(1, "<error> udp fatal data error no buff!!");
-    MP_UdpPort::Of(*handler).socket = -1;  // before the number can be another's
-    core_->pool()->Free(item);
+    EndPort(&MP_UdpPort::Of(*handler));
     return;
   }
   const bool whole = size >= count;
@@ -110,9 +173,15 @@ void MP_UdpReceiver::ProcessUdpRead(MP_SocketItem* item) {
   } else if (result < 0) {
     Kalvo_KernelDebugLog(1, "<error> udp data error!!remote address [%s:%d]",
                          scratchAddr_.GetAddr(), scratchAddr_.GetPort());
+    port.receives = false;
     return;
   }
   Next(item);
+}
+
+void MP_UdpReceiver::GoOn(MP_SocketItem* item) {
+  item->leftBehind.reset();
+  platform::port_read(core_->port(), item->tag, platform::PortReadAfter::kTaken);
 }
 
 void MP_UdpReceiver::Next(MP_SocketItem* item) {
@@ -133,8 +202,13 @@ std::int64_t MP_UdpReceiver::Look(MP_SocketItem* item, const char** datagram) {
   }
   char address[platform::kAddressRoom] = {};
   int length = sizeof(address);
+  bool unicast = false;
   const std::int64_t n =
-      platform::socket_receive_from(item->socket, received_, sizeof(received_), address, &length);
+      item->ofGroups ? platform::socket_receive_telling(item->socket, received_, sizeof(received_),
+                                                        address, &length, &unicast)
+                     : platform::socket_receive_from(item->socket, received_, sizeof(received_),
+                                                     address, &length);
+  if (unicast) return platform::kTransferWouldBlock;  // for another address of this machine
   if (n > 0) from.Take(address, length);
   *datagram = received_;
   return n;

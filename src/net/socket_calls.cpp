@@ -1,6 +1,9 @@
 #include "net/socket_calls.h"
 
+#include <algorithm>
+
 #include "platform/descriptor.h"
+#include "platform/kept_error.h"
 #include "platform/wait_result.h"
 
 namespace net {
@@ -54,7 +57,12 @@ int Connect(MP_SocketAddr* address, int socket) {
   const bool own = socket < 0;
   if (own) socket = Open(address, platform::SocketType::kStream, false);
   if (socket < 0) return -1;
-  if (platform::socket_connect(socket, address->bytes(), address->length()) == 0) return socket;
+  bool connected = platform::socket_connect(socket, address->bytes(), address->length()) == 0;
+  if (connected && own && IsConnectedToItself(socket)) {
+    connected = false;
+    platform::set_socket_error(platform::kSocketConnectionRefused);
+  }
+  if (connected) return socket;
   if (own) CloseKeepingError(socket);
   return -1;
 }
@@ -89,10 +97,15 @@ int Receive(int socket, MP_String* into, int length) {
   if (into == nullptr || length < 0) return InvalidLength();
   into->Truncate(0);
   if (length > 0 && into->Reserve(length) < 0) return InvalidLength();
-  const std::int64_t n =
-      platform::socket_receive_message(socket, into->End(), static_cast<std::size_t>(length));
+  bool truncated;
+  const std::int64_t n = platform::socket_receive_message(
+      socket, into->End(), static_cast<std::size_t>(length), &truncated);
+  platform::KeptError error;
+  error.Note();
   if (n >= 0) {
     into->Commit(static_cast<int>(n));
+  } else if (truncated) {
+    into->Commit(length);
   } else {
     into->Resize(length, '\0');
   }
@@ -125,6 +138,16 @@ void TakeOwnAddress(int socket, MP_SocketAddr* address) {
   char name[platform::kAddressRoom];
   int length = sizeof(name);
   if (platform::socket_name(socket, name, &length) == 0) address->Take(name, length);
+}
+
+bool IsConnectedToItself(int socket) {
+  char own[platform::kAddressRoom] = {};
+  char peer[platform::kAddressRoom] = {};
+  int ownLength = sizeof(own);
+  int peerLength = sizeof(peer);
+  return platform::socket_name(socket, own, &ownLength) == 0 &&
+         platform::socket_peer(socket, peer, &peerLength) == 0 && ownLength == peerLength &&
+         std::equal(own, own + ownLength, peer);
 }
 
 // Connecting a datagram socket sends nothing, but the system chooses the way.

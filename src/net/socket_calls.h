@@ -34,6 +34,10 @@ bool TakeName(int socket, MP_SocketAddr* address);
 // The own address into one that may be empty, which stays as it is on failure.
 void TakeOwnAddress(int socket, MP_SocketAddr* address);
 
+// True if both ends are the same socket. For a connection to a port of this machine without a
+// listener, the system may choose the same port as the client's own.
+bool IsConnectedToItself(int socket);
+
 // Stores the address that packets to `to` leave from.
 bool FindRoute(MP_SocketAddr* to, MP_SocketAddr* local);
 

@@ -25,6 +25,7 @@ constexpr int kSocketConnectionAborted = 10053;
 constexpr int kSocketNoBuffers = 10055;
 constexpr int kSocketIsConnected = 10056;
 constexpr int kSocketNotConnected = 10057;
+constexpr int kSocketConnectionRefused = 10061;
 
 // The number of the last failure of a socket call in the calling thread, and setting it.
 int socket_error();
@@ -65,14 +66,14 @@ int socket_connect(int socket, const void* address, int length);
 
 int socket_listen(int socket);
 
-// What has become of a connect on a non-blocking socket, as the number that hosts see: 0 once it
-// stands.
+// The result of a connect on a non-blocking socket, as the number that hosts see: 0 for a
+// connection.
 int socket_connect_error(int socket);
 
 // Ends the connection both ways, also for threads that wait on it.
 void socket_shutdown(int socket);
 
-// The other side's address, and the own. `length` is the room, and then the length.
+// The addresses of the other end and of this end. `length` is the room, and then the length.
 int socket_peer(int socket, void* address, int* length);
 int socket_name(int socket, void* address, int* length);
 
@@ -82,38 +83,57 @@ int socket_set_no_delay(int socket, int on);
 int socket_set_blocking(int socket, bool blocking);
 
 // Has the system ask a silent other side after `idle` seconds, and every `interval` seconds from
-// then on. What a listener accepts inherits it, as it does reuse and no delay.
+// then on.
 int socket_set_keep_alive(int socket, int idle, int interval);
 
-// Multicast: a datagram socket gets what is sent to the group, and sends to it by the interface
-// that has the address `own`; null leaves the choice to the system.
+// Multicast. `own` is the IPv4 address of the interface, four bytes, or null: the system chooses.
+
+// Sets the interface by which a datagram socket sends to groups.
+int socket_set_group_interface(int socket, const char* own);
+
+// Keeps from a socket what is sent to groups that only other sockets have joined.
+int socket_only_own_groups(int socket);
+
+// With these a socket gets what is sent to a group, and no longer.
 int socket_join_group(int socket, const char* group, const char* own);
 int socket_leave_group(int socket, const char* group, const char* own);
 
-// The number of bytes, 0 for a stream that has ended, kTransferWouldBlock or
-// kTransferFailed.
+// --- Transfers ------------------------------------------------------------------------
+
+// All of these give the number of bytes, kTransferWouldBlock or kTransferFailed.
+
+// 0 for a stream that has ended.
 std::int64_t socket_receive(int socket, char* buffer, std::size_t size);
+
+// As socket_receive without waiting, also on a blocking socket.
+std::int64_t socket_receive_now(int socket, char* buffer, std::size_t size);
+
+// As socket_receive for what may be datagrams: one that is larger than `size` fails and makes
+// `*truncated` true, with its first bytes received. With a `size` of 0 it does not wait.
+std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size, bool* truncated);
+
+// One datagram and where it came from. One that is larger than `size` fails, with its first bytes
+// received.
+std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
+                                 int* length);
+
+// As socket_receive_from, on a socket for which socket_tell_destination was called. `*unicast`
+// becomes true if the datagram was sent to one address of this machine, neither to a group nor as a
+// broadcast.
+int socket_tell_destination(int socket);
+std::int64_t socket_receive_telling(int socket, char* buffer, std::size_t size, void* address,
+                                    int* length, bool* unicast);
 
 // How many bytes a stream holds, as far as it can tell: there may be more behind urgent data.
 std::int64_t socket_available(int socket);
 
-// The same, but 0 if the stream has ended, kTransferWouldBlock if there are none yet,
-// kTransferFailed. Does not wait.
+// As socket_available, but 0 if the stream has ended, kTransferWouldBlock if it holds none yet and
+// kTransferFailed if it has failed. Does not wait.
 std::int64_t socket_pending(int socket);
 
-// The same without waiting, also on a blocking socket.
-std::int64_t socket_receive_now(int socket, char* buffer, std::size_t size);
-
-// The same for what may be datagrams: one that is larger than `size` fails, with its first
-// bytes received. With a `size` of 0 it does not wait.
-std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size);
-
-// One datagram and where it came from. One that is larger than `size` fails in the same way.
-std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, void* address,
-                                 int* length);
 std::int64_t socket_send(int socket, const void* data, std::size_t size);
 
-// What goes out at once, also on a blocking socket.
+// Sends what goes out at once, also on a blocking socket.
 std::int64_t socket_send_now(int socket, const void* data, std::size_t size);
 
 std::int64_t socket_send_to(int socket, const void* data, std::size_t size, const void* address,

@@ -21,6 +21,7 @@ int Run() {
 }  // namespace
 
 int main() {
+  StayInOwnFolder();
   Kalvo_FileItem::DeleteTree("report");
   Kalvo_FileItem::CreateDir("log", 0);
   MakeFile("log/new.log", 2000);

@@ -3,6 +3,7 @@
 #include "examples/example.h"
 
 int main() {
+  StayInOwnFolder();
   std::ofstream("gateway.ini") << Content("ini.txt");
 #include "ini_1.inc"
   assert(warning == 80);

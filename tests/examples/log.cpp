@@ -9,6 +9,7 @@
 #include "kalvobase/file.h"
 
 int main() {
+  StayInOwnFolder();
   Kalvo_FileItem::DeleteTree("log");
   const char packet[] = {1, 2, 3};
   const int length = 3;

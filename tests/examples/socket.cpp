@@ -17,6 +17,7 @@ int Run(int port) {
 }  // namespace
 
 int main() {
+  if (!support::HasLocalhost()) return NotHere("this machine has no name localhost");
   support::Listener listener;
   std::thread server([&] {
     const int peer = listener.Accept();

@@ -237,13 +237,12 @@ TEST(EngineLoad, ACrowdOnOneListener) {
   getrlimit(RLIMIT_NOFILE, &limit);
   const int crowd =
       kSanitized ? 1000 : static_cast<int>(std::min<rlim_t>(10000, limit.rlim_cur - 500));
-  EchoServer server;
-  const int port = server.port();
-  Client warm;
-  warm.Connect("127.0.0.1", port);
-  ASSERT_TRUE(warm.events.WaitForCount(1));
-  const auto before = mallinfo2().uordblks;
+  // Forked before there are threads, which would leave the sanitizer's allocator locked.
+  int tell[2];
+  ASSERT_EQ(pipe(tell), 0);
   support::Child child([&](support::Child& self) {
+    int port;
+    if (read(tell[0], &port, sizeof(port)) != sizeof(port)) _exit(4);
     std::vector<int> sockets;
     for (int i = 0; i < crowd; ++i) sockets.push_back(ConnectTo(port));
     for (int round = 0; round < 2; ++round) {
@@ -259,6 +258,13 @@ TEST(EngineLoad, ACrowdOnOneListener) {
     self.Ready();
     self.WaitForTheEnd();
   });
+  EchoServer server;
+  const int port = server.port();
+  Client warm;
+  warm.Connect("127.0.0.1", port);
+  ASSERT_TRUE(warm.events.WaitForCount(1));
+  const auto before = mallinfo2().uordblks;
+  ASSERT_EQ(write(tell[1], &port, sizeof(port)), static_cast<ssize_t>(sizeof(port)));
   child.WaitUntilReady();
   EXPECT_EQ(server.living(), crowd + 1);
   if (!kSanitized) {
@@ -267,6 +273,7 @@ TEST(EngineLoad, ACrowdOnOneListener) {
   child.Kill();
   warm.Close();
   EXPECT_TRUE(server.WaitUntilEmpty());
+  for (const int end : tell) close(end);
 }
 
 TEST(EngineLoad, WithoutDescriptors) {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -334,26 +335,109 @@ TEST(Handler, ListensWhereItCan) {
   EXPECT_NE(server.Listen("127.0.0.1", port), 0u);
 }
 
-TEST(Handler, OneIsTakenOnASecondTime) {
-  struct Reusing : Kalvo_TcpServerHandler {
-    Reusing() { Listen("127.0.0.1", 0); }
-    ~Reusing() override { Close(); }
-    Kalvo_TcpClientHandler* OnAcceptClient(Kalvo_SocketAddr*) override { return &client; }
-    Client client;
-  } server;
-  Client first;
-  Client second;
-  first.Connect("127.0.0.1", server.GetLocalAddr()->GetPort());
-  ASSERT_TRUE(first.events.WaitForCount(1));
-  ASSERT_TRUE(server.client.events.WaitForCount(1));
-  second.Connect("127.0.0.1", server.GetLocalAddr()->GetPort());
-  EXPECT_TRUE(first.events.WaitForCount(2));
-  ASSERT_TRUE(server.client.events.WaitForCount(2));
-  EXPECT_EQ(server.client.events.all(), (Words{"ok 0", "ok 0"}));
-  server.client.SendData("b", 1);
-  EXPECT_TRUE(second.events.WaitForBytes(1));
+// A server returns one handler for many clients.
+TEST(Handler, OneServesManyClients) {
+  struct One : Kalvo_TcpServerHandler {
+    One() { Listen("127.0.0.1", 0); }
+    ~One() override { Close(); }
+    Kalvo_TcpClientHandler* OnAcceptClient(Kalvo_SocketAddr*) override { return client.get(); }
+    std::unique_ptr<Client> client = std::make_unique<Client>();
+  };
+  constexpr std::size_t kClients = 14;
+  One server;
+  Client* const one = server.client.get();
+  std::string ended;
+  one->onPeer = [&ended](Kalvo_SocketAddr* peer) {
+    ended += std::to_string(peer->GetPort()) + " ";
+  };
+  std::vector<std::unique_ptr<Client>> clients;
+  for (std::size_t i = 1; i <= kClients; ++i) {
+    clients.push_back(std::make_unique<Client>());
+    clients.back()->Connect("127.0.0.1", server.GetLocalAddr()->GetPort());
+    ASSERT_TRUE(clients.back()->events.WaitForCount(1));
+    ASSERT_TRUE(one->events.WaitForCount(i));
+  }
+  for (std::size_t i = 0; i < kClients; ++i) {
+    clients[i]->SendData("x", 1);
+    ASSERT_TRUE(one->events.WaitForBytes(i + 1));
+  }
+  EXPECT_EQ(one->GetPeerAddr()->GetPort(), clients.back()->GetLocalAddr()->GetPort());
+  one->SendData("to the last", 11);
+  EXPECT_TRUE(clients.back()->events.WaitForBytes(11));
+  // Each end is told, and whose it was.
+  std::string expected;
+  for (const std::size_t i : {std::size_t{0}, std::size_t{7}, kClients - 1}) {
+    expected += std::to_string(clients[i]->GetLocalAddr()->GetPort()) + " ";
+    const std::size_t before = one->events.all().size();
+    clients[i]->Close();
+    ASSERT_TRUE(one->events.WaitForCount(before + 1));
+  }
+  EXPECT_EQ(ended, expected);
+  // Its end ends all the others, without a call.
   server.Close();
-  server.client.Close();
+  server.client.reset();
+  for (std::size_t i = 0; i < kClients; ++i) {
+    if (i == 0 || i == 7 || i == kClients - 1) continue;
+    ASSERT_TRUE(clients[i]->events.WaitForCount(2)) << i;
+    EXPECT_EQ(clients[i]->events.all().back(), "lost 0");
+  }
+}
+
+// A handler that two servers return serves the first client, and no other thread calls it.
+TEST(Handler, RefusesClientsOfAnotherServer) {
+  Client one;
+  struct Returning : Kalvo_TcpServerHandler {
+    explicit Returning(Client* client) : client_(client) { Listen("127.0.0.1", 0); }
+    ~Returning() override { Close(); }
+    Kalvo_TcpClientHandler* OnAcceptClient(Kalvo_SocketAddr*) override { return client_; }
+    Client* const client_;
+  };
+  Returning first(&one);
+  Returning second(&one);
+  Channel channel;
+  Client client;
+  client.Connect("127.0.0.1", first.GetLocalAddr()->GetPort());
+  ASSERT_TRUE(one.events.WaitForCount(1));
+  Client refused;
+  refused.Connect("127.0.0.1", second.GetLocalAddr()->GetPort());
+  ASSERT_TRUE(refused.events.WaitForCount(2));
+  client.SendData("goes on", 7);
+  EXPECT_TRUE(one.events.WaitForBytes(7));
+  EXPECT_EQ(channel.Logged("accepted handler").size(), 1u);
+  // When the first has ended the handler is free for the other.
+  client.Close();
+  ASSERT_TRUE(one.events.WaitForCount(2));
+  client.Connect("127.0.0.1", second.GetLocalAddr()->GetPort());
+  ASSERT_TRUE(one.events.WaitForCount(3));
+  EXPECT_EQ(one.events.all(), (Words{"ok 0", "lost 0", "ok 0"}));
+  first.Close();
+  second.Close();
+  one.Close();
+}
+
+// Locks of the library are taken in one order, by a fork, too.
+TEST(Handler, EnginesAreMadeWhileTheProcessForks) {
+  std::atomic<bool> done{false};
+  std::thread maker([&done] {
+    std::vector<std::unique_ptr<Server>> servers;
+    for (int i = 0; i < 15; ++i) servers.push_back(std::make_unique<Server>());
+    done = true;
+  });
+  while (!done) {
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    waitpid(child, nullptr, 0);
+  }
+  maker.join();
+}
+
+TEST(Handler, IsNotConnectedToItself) {
+  const int port = support::Listener().port();
+  Client client;
+  client.InitLocal("127.0.0.1", port);
+  client.Connect("127.0.0.1", port);
+  ASSERT_TRUE(client.events.WaitForCount(1));
+  EXPECT_EQ(client.events.all(), Words{"failed 10061"});
 }
 
 // What a host brings itself.

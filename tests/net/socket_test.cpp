@@ -44,7 +44,7 @@ TEST(SocketAddr, Resolving) {
     int expectedPort;
   };
   for (const Case& c : {Case{nullptr, 8000, "0.0.0.0", 8000}, Case{"", 8000, "0.0.0.0", 8000},
-                        Case{"localhost", 65616, "127.0.0.1", 80},
+                        Case{"127.0.0.1", 65616, "127.0.0.1", 80},
                         Case{"no such host.invalid", -1, "255.255.255.255", 65535},
                         Case{"10.1.2.3", 0, "10.1.2.3", 0}, Case{"::1", 443, "", 443}}) {
     Kalvo_SocketAddr address;
@@ -235,7 +235,7 @@ TEST(Socket, Datagrams) {
   EXPECT_EQ(Kalvo_SOCK_Wait(b, 5000, 0), 1);
   EXPECT_EQ(Kalvo_SOCK_Read(b, &into, 3), -1);  // it is larger
   EXPECT_EQ(Kalvo_SOCK_GetLastError(), 10040);
-  EXPECT_EQ(into.length(), 3u);
+  EXPECT_STREQ(into.c_str(), "bac");
   EXPECT_EQ(Kalvo_SOCK_Read(b, &into, 0), 0);  // nothing waits
   for (Kalvo_SocketAddr* none : {static_cast<Kalvo_SocketAddr*>(nullptr), new Kalvo_SocketAddr}) {
     EXPECT_EQ(Kalvo_SOCK_Send(a, none, "x", 1), -1);
@@ -302,6 +302,7 @@ TEST(Socket, Waiting) {
 }
 
 TEST(Socket, NamesResolveInManyThreads) {
+  if (!support::HasLocalhost()) GTEST_SKIP() << "this machine has no name localhost";
   std::vector<std::thread> threads;
   for (int t = 0; t < 8; ++t) {
     threads.emplace_back([t] {

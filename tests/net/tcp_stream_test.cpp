@@ -36,7 +36,7 @@ TEST(TcpStream, Connecting) {
     EXPECT_EQ(stream.GetHandle(), -1);
     EXPECT_EQ(stream.GetPrivateData(), nullptr);
     EXPECT_EQ(stream.Connect(nullptr, listener.port()), -1);
-    const int socket = stream.Connect("localhost", listener.port());
+    const int socket = stream.Connect("127.0.0.1", listener.port());
     ASSERT_GT(socket, 1);
     EXPECT_EQ(stream.GetHandle(), socket);
     EXPECT_STREQ(stream.GetRemoteAddr()->GetAddr(), "127.0.0.1");

@@ -15,6 +15,7 @@
 
 #include "kalvobase/text.h"
 #include "platform/clock.h"
+#include "support/allocations.h"
 #include "support/channel.h"
 #include "support/handlers.h"
 #include "support/sockets.h"
@@ -293,8 +294,9 @@ TEST(Transfer, SendsWhatItCan) {
   EXPECT_EQ(connected.client.SendData(empty), 1);
   EXPECT_EQ(empty, nullptr);
   EXPECT_EQ(connected.client.SendData("a", 0), 0);
-  EXPECT_EQ(connected.client.SendData("a", -1), 0);
-  EXPECT_EQ(connected.client.SendData(nullptr, 5), 0);
+  EXPECT_EQ(connected.client.SendData("a", -1), -1);  // nothing to send, all of which was taken
+  EXPECT_EQ(connected.client.SendData(nullptr, 5), 5);
+  EXPECT_EQ(connected.client.Printf("%s", ""), 0);
 
   // Nothing that is sent too early arrives, and it does no harm.
   Channel channel;
@@ -313,15 +315,13 @@ TEST(Transfer, SendsWhatItCan) {
 TEST(Transfer, EndsAConnectionThatTakesNothing) {
   Channel channel;
   Connected connected(4096);
-  const std::string block(100000, 'x');
-  int sent = 0;
-  while (sent < 100) {
-    sent += connected.client.SendData(block.data(), static_cast<int>(block.size())) > 0 ? 1 : 0;
-  }
-  for (int i = 0; i < 2000; ++i) ASSERT_EQ(connected.client.SendData("a", 1), 1);
+  const std::string block(10000000, 'x');  // which stays under way
+  ASSERT_GT(connected.client.SendData(block.data(), static_cast<int>(block.size())), 0);
+  for (int i = 0; i < 1023; ++i) ASSERT_EQ(connected.client.SendData("a", 1), 1);
   platform::shift_tick_count_for_test(11900);
   EXPECT_EQ(connected.client.SendData("a", 1), 1);
   platform::shift_tick_count_for_test(12100);
+  EXPECT_EQ(connected.client.SendData("a", 1), 1);  // 1,024 of them waited
   Kalvo_String* refused = new Kalvo_String("a");
   EXPECT_EQ(connected.client.SendData(refused), 0);
   ASSERT_NE(refused, nullptr);
@@ -331,7 +331,7 @@ TEST(Transfer, EndsAConnectionThatTakesNothing) {
   platform::shift_tick_count_for_test(0);
   const Words lines = channel.Logged("Send buffer size");
   ASSERT_EQ(lines.size(), 1u);
-  EXPECT_EQ(lines[0].find("-4097 <error> Send buffer size["), 0u);
+  EXPECT_EQ(lines[0].find("-4097 <error> Send buffer size[1025],delay["), 0u);
   EXPECT_NE(lines[0].find("],ip[127.0.0.1:" + std::to_string(connected.listener.port()) + "]!!!!"),
             std::string::npos);
 }
@@ -341,11 +341,15 @@ TEST(Transfer, TellsOfASendThatWasUnderWay) {
   Connected connected(4096);
   const std::string block(10000000, 'x');
   connected.client.onLost = [] { return 0; };
+  connected.client.onFailed = []() -> int { throw 1; };
+  Channel channel;
   ASSERT_GT(connected.client.SendData(block.data(), static_cast<int>(block.size())), 0);
   shutdown(connected.peer, SHUT_WR);
   ASSERT_TRUE(connected.client.events.WaitForCount(3));
   EXPECT_FALSE(connected.client.events.WaitForCount(4, std::chrono::milliseconds(300)));
   EXPECT_EQ(connected.client.events.all(), (Words{"ok 1", "lost 0", "failed 10053"}));
+  EXPECT_EQ(channel.Logged("disconnect 1"),
+            Words{"-4097 <error> disconnect 1 process fatal error!!"});
 }
 
 // What has come before the engine looks for the first time, whatever that is.
@@ -425,6 +429,35 @@ TEST(Transfer, UrgentDataIsPassedOver) {
     EXPECT_TRUE(urgent.server.first()->events.WaitForBytes(2 * size)) << size;
     EXPECT_EQ(urgent.server.first()->events.bytes(), std::string(2 * size, 'x'));
     EXPECT_EQ(urgent.server.first()->events.all().size(), 1u);
+  }
+}
+
+// What the engine itself cannot do ends one connection, and no thread.
+TEST(Transfer, SurvivesWantOfMemory) {
+  Server server([](Client* client) {
+    // The rest of what came has to be kept, for which there is no memory.
+    client->onAlloc = [](long& size) {
+      if (size < 2) return;
+      size = 1;
+      support::FailAllocations(1);
+    };
+    client->onLost = [] {
+      support::FailAllocations(0);
+      return -1;
+    };
+  });
+  for (int i = 0; i < 3; ++i) {
+    Client client;
+    client.Connect("127.0.0.1", server.port());
+    Client* const accepted = server.At(static_cast<std::size_t>(i));
+    ASSERT_NE(accepted, nullptr);
+    ASSERT_TRUE(client.events.WaitForCount(1));
+    client.SendData("a", 1);
+    ASSERT_TRUE(accepted->events.WaitForBytes(1));
+    client.SendData("bc", 2);
+    ASSERT_TRUE(accepted->events.WaitForCount(2));
+    EXPECT_EQ(accepted->events.all().back(), "lost 10055");
+    ASSERT_TRUE(client.events.WaitForCount(2));
   }
 }
 

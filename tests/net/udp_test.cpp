@@ -33,6 +33,7 @@ class Port : public Kalvo_UdpHandler {
     error = length < 0 ? Kalvo_SOCK_GetLastError() : 0;
     const std::string text(static_cast<char*>(data), length < 0 ? 4 : static_cast<size_t>(length));
     lastFrom = from->GetPort();
+    if (onFrom) onFrom(from);
     EXPECT_EQ(local, GetLocalAddr());
     events.Add(std::to_string(length) + " " + text);
     return onData ? onData() : 0;
@@ -46,6 +47,7 @@ class Port : public Kalvo_UdpHandler {
   support::Events events;
   std::function<void(long&)> onAlloc;
   std::function<int()> onData;
+  std::function<void(Kalvo_SocketAddr*)> onFrom;
 
  private:
   char buffer_[65536];
@@ -239,6 +241,59 @@ TEST(Udp, MulticastGroups) {
   ASSERT_GT(first.SendData(&group, "one", 3), 0);
   ASSERT_TRUE(first.events.WaitForCount(2));
   EXPECT_FALSE(second.events.WaitForCount(2, std::chrono::milliseconds(100)));
+}
+
+// Ports of one number, each on an address of its own.
+TEST(Udp, PortsForGroupsHaveTheirOwnAddress) {
+  Port first;
+  Port second;
+  ASSERT_NE(first.OpenBroadCastPort("127.0.0.1", 0), 0u);
+  const int number = first.port();
+  ASSERT_NE(second.OpenBroadCastPort("127.0.0.2", number), 0u);
+  EXPECT_STREQ(second.GetLocalAddr()->GetAddr(), "127.0.0.2");
+  Port stranger;
+  std::string from;
+  stranger.onFrom = [&from](Kalvo_SocketAddr* address) { from = address->GetAddr(); };
+  EXPECT_EQ(stranger.OpenBroadCastPort("192.0.2.1", 0), 0u);  // of no machine
+  ASSERT_NE(stranger.Open("127.0.0.9", 0), 0u);
+  Kalvo_SocketAddr to[4];
+  const char* const addresses[] = {"127.0.0.1", "127.0.0.2", "127.0.0.3", "127.255.255.255"};
+  for (int i = 0; i < 4; ++i) to[i].Init(addresses[i], number);
+  stranger.SendData(&to[2], "nobody", 6);
+  EXPECT_EQ(stranger.SendData(&to[0], "one", 3), 3);
+  EXPECT_EQ(stranger.SendData(&to[1], "two", 3), 3);
+  ASSERT_TRUE(first.events.WaitForCount(1));
+  ASSERT_TRUE(second.events.WaitForCount(1));
+  // What is sent leaves from the address.
+  Kalvo_SocketAddr back = *stranger.GetLocalAddr();
+  ASSERT_EQ(second.SendData(&back, "back", 4), 4);
+  ASSERT_TRUE(stranger.events.WaitForCount(1));
+  EXPECT_EQ(from, "127.0.0.2");
+  stranger.EnableBroadcast(1);
+  if (stranger.SendData(&to[3], "all", 3) > 0) {
+    ASSERT_TRUE(first.events.WaitForCount(2));
+    ASSERT_TRUE(second.events.WaitForCount(2));
+  }
+  first.AddBroadcastGroup("239.77.66.54", 0);
+  Kalvo_SocketAddr group;
+  group.Init("239.77.66.54", number);
+  const std::size_t before = first.events.all().size();
+  ASSERT_GT(first.SendData(&group, "group", 5), 0);
+  ASSERT_TRUE(first.events.WaitForCount(before + 1));
+  EXPECT_EQ(first.events.all().back(), "5 group");
+  const Words expected = {"3 two", "3 all"};
+  EXPECT_EQ(second.events.all(), expected);
+  // Below 0 ends receiving by both of its sockets.
+  Port silent;
+  silent.onData = [] { return -1; };
+  ASSERT_NE(silent.OpenBroadCastPort("127.0.0.4", number), 0u);
+  Kalvo_SocketAddr quiet = *silent.GetLocalAddr();
+  stranger.SendData(&quiet, "last", 4);
+  ASSERT_TRUE(silent.events.WaitForCount(1));
+  if (stranger.SendData(&to[3], "all", 3) > 0) {
+    ASSERT_TRUE(second.events.WaitForCount(3));
+    EXPECT_FALSE(silent.events.WaitForCount(2, std::chrono::milliseconds(20)));
+  }
 }
 
 }  // namespace

@@ -7,11 +7,16 @@
 namespace {
 
 std::atomic<long> allocations{0};
+thread_local int failures = 0;
 
 }  // namespace
 
 void* operator new(std::size_t n, const std::nothrow_t&) noexcept {
   ++allocations;
+  if (failures > 0) {
+    --failures;
+    return nullptr;
+  }
   return std::malloc(n);
 }
 void* operator new(std::size_t n) {
@@ -25,5 +30,6 @@ void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 namespace support {
 
 long Allocations() { return allocations; }
+void FailAllocations(int count) { failures = count; }
 
 }  // namespace support

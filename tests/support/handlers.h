@@ -76,7 +76,8 @@ class Client : public Kalvo_TcpClientHandler {
     events.Add("failed " + std::to_string(error));
     return onFailed ? onFailed() : -1;
   }
-  int OnDisConnect(Kalvo_SocketAddr*, int error) override {
+  int OnDisConnect(Kalvo_SocketAddr* peer, int error) override {
+    if (onPeer) onPeer(peer);
     events.Add("lost " + std::to_string(error));
     return onLost ? onLost() : -1;
   }
@@ -91,6 +92,7 @@ class Client : public Kalvo_TcpClientHandler {
   std::function<int()> onFailed;
   std::function<int()> onLost;
   std::function<int(const char*, long)> onData;
+  std::function<void(Kalvo_SocketAddr*)> onPeer;  // of a connection that has ended
 
  private:
   std::vector<char> buffer_;

@@ -37,6 +37,12 @@ class Listener {
   int socket_ = -1;
 };
 
+inline bool HasLocalhost() {
+  Kalvo_SocketAddr address;
+  address.Init("localhost", 1);
+  return address.IsSameAddr("127.0.0.1") != 0;
+}
+
 // A plain socket that is connected to a port of this machine.
 inline int ConnectTo(int port) {
   Kalvo_SocketAddr address;

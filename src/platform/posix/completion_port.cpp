@@ -318,8 +318,8 @@ bool CompletionPort::TakeAccept(PortTag tag, Entry* entry, Completion* completio
   socket = above_standard_streams(socket);
   if (socket < 0) {
     if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+      later.push_back({tag, tick_count() + kRetryMs});  // which may throw
       Unwatch(entry);
-      later.push_back({tag, tick_count() + kRetryMs});
     }
     return false;  // of anything else the next report tells, if more have come
   }
@@ -416,14 +416,18 @@ void port_abandon(CompletionPort* port) {
 PortTag port_add(CompletionPort* port, int socket, PortSocket kind, std::uint32_t key,
                  void* context) {
   const std::lock_guard<std::mutex> guard(port->lock);
-  std::uint32_t place;
-  if (port->freeEntries.empty()) {
-    place = static_cast<std::uint32_t>(port->entries.size());
-    port->entries.emplace_back();
-  } else {
-    place = port->freeEntries.back();
-    port->freeEntries.pop_back();
+  std::unique_ptr<std::deque<WaitingAccept>> accepts;
+  try {
+    if (port->freeEntries.empty()) {
+      port->entries.emplace_back();
+      port->freeEntries.push_back(static_cast<std::uint32_t>(port->entries.size() - 1));
+    }
+    if (kind == PortSocket::kListener) accepts = std::make_unique<std::deque<WaitingAccept>>();
+  } catch (const std::bad_alloc&) {
+    errno = ENOMEM;
+    return 0;
   }
+  const std::uint32_t place = port->freeEntries.back();
   Entry* const entry = &port->entries[place];
   const std::uint32_t stamp = entry->stamp;
   *entry = {};
@@ -433,11 +437,13 @@ PortTag port_add(CompletionPort* port, int socket, PortSocket kind, std::uint32_
   entry->key = key;
   entry->context = context;
   const PortTag tag = static_cast<PortTag>(place) << 32 | stamp;
-  if (kind == PortSocket::kListener) entry->accepts = std::make_unique<std::deque<WaitingAccept>>();
-  if (port->Watch(tag, entry)) return tag;
-  entry->socket = -1;
-  port->freeEntries.push_back(place);
-  return 0;
+  entry->accepts = std::move(accepts);
+  if (!port->Watch(tag, entry)) {
+    entry->socket = -1;
+    return 0;
+  }
+  port->freeEntries.pop_back();
+  return tag;
 }
 
 void port_remove(CompletionPort* port, PortTag tag) {
@@ -474,11 +480,14 @@ bool port_read(CompletionPort* port, PortTag tag, PortReadAfter after) {
   }
   const bool more =
       after == PortReadAfter::kMore || (after == PortReadAfter::kTaken && entry->urgent);
-  entry->readWaits = !(more || entry->readable || entry->ended);
-  if (entry->readWaits) return true;
+  if (!more && !entry->readable && !entry->ended) {
+    entry->readWaits = true;
+    return true;
+  }
+  const bool mustWake = port->AddDue({PortOperation::kRead, 0, nullptr, tag});  // which may throw
   if (!more) entry->readable = false;  // else what was reported may not be what is read next
+  entry->readWaits = false;
   entry->readDue = true;
-  const bool mustWake = port->AddDue({PortOperation::kRead, 0, nullptr, tag});
   guard.unlock();
   if (mustWake) port->Wake();
   return true;

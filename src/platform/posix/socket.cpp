@@ -25,7 +25,28 @@ int SetOption(int socket, int level, int option, int value) {
   return setsockopt(socket, level, option, &value, sizeof(value));
 }
 
-const sockaddr* Address(const void* address) { return static_cast<const sockaddr*>(address); }
+// An address as the system takes it. An IPv6 address of a host may lack the scope, which systems
+// other than Linux refuse.
+class SystemAddress {
+ public:
+  SystemAddress(const void* address, int length) : address_(address), length_(length) {
+    if (length != kInternet6Length) return;
+    memcpy(&whole_, address, static_cast<std::size_t>(length));
+    if (whole_.sin6_family != AF_INET6) return;
+    address_ = &whole_;
+    length_ = sizeof(whole_);
+  }
+  SystemAddress(const SystemAddress&) = delete;
+  SystemAddress& operator=(const SystemAddress&) = delete;
+
+  const sockaddr* get() const { return static_cast<const sockaddr*>(address_); }
+  socklen_t length() const { return static_cast<socklen_t>(length_); }
+
+ private:
+  const void* address_;
+  int length_;
+  sockaddr_in6 whole_ = {};
+};
 
 int ResolveFamily(int family, const char* host, std::uint16_t port, char* address) {
   addrinfo hints = {};
@@ -103,12 +124,14 @@ int socket_bind(int socket, const void* address, int length) {
       return -1;
     }
   }
-  return bind(socket, Address(address), static_cast<socklen_t>(length));
+  const SystemAddress system(address, length);
+  return bind(socket, system.get(), system.length());
 }
 
 int socket_connect(int socket, const void* address, int length) {
+  const SystemAddress system(address, length);
   for (;;) {
-    const int result = connect(socket, Address(address), static_cast<socklen_t>(length));
+    const int result = connect(socket, system.get(), system.length());
     if (result == 0 || errno != EINTR) return result;
     if (FinishConnect(socket) != 0) return -1;
     sockaddr_storage peer;
@@ -164,14 +187,17 @@ int socket_set_keep_alive(int socket, int idle, int interval) {
   return SetOption(socket, IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
 }
 
+int socket_set_group_interface(int socket, const char* own) {
+  return own != nullptr ? setsockopt(socket, IPPROTO_IP, IP_MULTICAST_IF, own, sizeof(in_addr)) : 0;
+}
+
+int socket_only_own_groups(int socket) {
+  return SetOption(socket, IPPROTO_IP, IP_MULTICAST_ALL, 0);
+}
+
 int socket_join_group(int socket, const char* group, const char* own) {
   const ip_mreq membership = Membership(group, own);
-  if (own != nullptr && setsockopt(socket, IPPROTO_IP, IP_MULTICAST_IF, &membership.imr_interface,
-                                   sizeof(membership.imr_interface)) != 0) {
-    return -1;
-  }
-  // By default it would get what is sent to the groups of all others, too.
-  if (SetOption(socket, IPPROTO_IP, IP_MULTICAST_ALL, 0) != 0) return -1;
+  if (socket_only_own_groups(socket) != 0) return -1;
   const int joined =
       setsockopt(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof(membership));
   return joined != 0 && errno == EADDRINUSE ? 0 : joined;  // it is in it already
@@ -202,15 +228,17 @@ std::int64_t socket_receive_now(int socket, char* buffer, std::size_t size) {
   return transfer([=] { return recv(socket, buffer, size, MSG_DONTWAIT); });
 }
 
-std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size) {
+std::int64_t socket_receive_message(int socket, char* buffer, std::size_t size, bool* truncated) {
   iovec piece = {buffer, size};
   msghdr message = {};
   message.msg_iov = &piece;
   message.msg_iovlen = 1;
   const std::int64_t n = transfer(
       [socket, &message, size] { return recvmsg(socket, &message, size == 0 ? MSG_DONTWAIT : 0); });
+  *truncated = false;
   if (n == kTransferWouldBlock && size == 0) return 0;
-  if (n < 0 || (message.msg_flags & MSG_TRUNC) == 0) return n;
+  *truncated = n >= 0 && (message.msg_flags & MSG_TRUNC) != 0;
+  if (!*truncated) return n;
   errno = EMSGSIZE;
   return kTransferFailed;
 }
@@ -228,6 +256,37 @@ std::int64_t socket_receive_from(int socket, char* buffer, std::size_t size, voi
   return kTransferFailed;
 }
 
+int socket_tell_destination(int socket) { return SetOption(socket, IPPROTO_IP, IP_PKTINFO, 1); }
+
+std::int64_t socket_receive_telling(int socket, char* buffer, std::size_t size, void* address,
+                                    int* length, bool* unicast) {
+  iovec piece = {buffer, size};
+  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(in_pktinfo))];
+  msghdr message = {};
+  message.msg_iov = &piece;
+  message.msg_iovlen = 1;
+  const std::int64_t n = transfer([&] {
+    message.msg_name = address;
+    message.msg_namelen = static_cast<socklen_t>(*length);
+    message.msg_control = control;
+    message.msg_controllen = sizeof(control);
+    return recvmsg(socket, &message, 0);
+  });
+  *unicast = false;
+  if (n < 0) return n;
+  *length = static_cast<int>(message.msg_namelen);
+  const cmsghdr* const header = CMSG_FIRSTHDR(&message);
+  if (header != nullptr && header->cmsg_level == IPPROTO_IP && header->cmsg_type == IP_PKTINFO) {
+    in_pktinfo info;
+    memcpy(&info, CMSG_DATA(header), sizeof(info));
+    // For a group or a broadcast the second is an address of the interface.
+    *unicast = info.ipi_addr.s_addr == info.ipi_spec_dst.s_addr;
+  }
+  if ((message.msg_flags & MSG_TRUNC) == 0) return n;
+  errno = EMSGSIZE;
+  return kTransferFailed;
+}
+
 std::int64_t socket_send(int socket, const void* data, std::size_t size) {
   return transfer([=] { return send(socket, data, size, MSG_NOSIGNAL); });
 }
@@ -238,9 +297,9 @@ std::int64_t socket_send_now(int socket, const void* data, std::size_t size) {
 
 std::int64_t socket_send_to(int socket, const void* data, std::size_t size, const void* address,
                             int length) {
-  return transfer([=] {
-    return sendto(socket, data, size, MSG_NOSIGNAL, Address(address),
-                  static_cast<socklen_t>(length));
+  const SystemAddress system(address, length);
+  return transfer([=, &system] {
+    return sendto(socket, data, size, MSG_NOSIGNAL, system.get(), system.length());
   });
 }
 
