@@ -156,7 +156,9 @@ void DeleteOldest(const Level& main, const std::string& today) {
         return;
       }
       for (const std::string& day : days) {
-        if (yearName + "/" + monthName + "/" + day == today) continue;
+        if (std::string(yearName).append("/").append(monthName).append("/").append(day) == today) {
+          continue;
+        }
         DeleteDirectoryTree(month.directory(), day);
         TellDeleted(messages::kMonitorDeletedDirectory, month.PathOf(day));
         return;

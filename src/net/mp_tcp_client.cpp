@@ -132,7 +132,11 @@ bool MP_TcpClient::ReserveFor(MP_SocketManager* engine) {
   const MP_EngineCall call(engine_);
   const std::uint32_t before = id_;
   if (call.engine() != engine) {
-    if (reserved_ || (call.engine() != nullptr && call.engine()->IsOpen(before))) return false;
+    const auto isOpen = [&call](std::uint32_t id) { return call.engine()->IsOpen(id); };
+    const bool serves = call.engine() != nullptr &&
+                        (isOpen(before) || std::any_of(earlier_.begin(), earlier_.end(), isOpen));
+    if (reserved_ || serves) return false;
+    earlier_.clear();
     engine_ = MP_EngineRef(engine);
   } else if (call.engine()->IsMadeByHost(before)) {
     return false;

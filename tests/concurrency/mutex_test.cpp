@@ -300,6 +300,12 @@ TEST(Mutex, NamesThatAreClosedWhileTheyAreHeld) {
         mutex.Init(0, &names[(i + static_cast<std::size_t>(t)) % names.size()][0]);
         mutex.Lock(1);
       }
+      for (std::string& name : names) {
+        Kalvo_Mutex mutex;
+        mutex.Init(0, &name[0]);
+        while (mutex.Unlock() == 1) {
+        }
+      }
     });
   }
   for (std::thread& thread : threads) thread.join();
