@@ -18,7 +18,7 @@ namespace {
 
 void Nothing() {}
 
-// Nobody of the host is called from the last stages of the stop.
+// The last stages of the stop call no callback of the host.
 void StopCallbacks() {
   ResetKalvo_KernelDebugPrintFunction();
   ResetKalvo_KernelDebugLogFunction();

@@ -28,14 +28,14 @@ class MP_KObjManager {
   // after StopThreads.
   void EnsureRunning();
 
-  // For a fork: nobody else holds the registry or a log between the two.
+  // For a fork: no other thread holds the registry or a log between the two.
   void Hold();
   void Release();
 
   // Ends the thread for good, and all threads of the registry.
   void StopThreads();
 
-  // The thread stands at its start gate; who asked for it starts it. Null if memory ran out.
+  // The thread waits at its start gate until the caller starts it. Null if memory ran out.
   MP_Thread* NewThread(MP_Thread::Routine routine, void* context, bool run, const char* name,
                        const char* stackText);
 

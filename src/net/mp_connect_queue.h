@@ -26,9 +26,9 @@ class MP_ConnectQueue {
   // The record ahead of those that wait for this pass; null if there is none.
   MP_SocketItem* Head();
 
-  // Charges the record `elapsed` milliseconds. kDue: it was taken out, and `elapsed` is what it is
-  // overdue. kNotDue: `elapsed` is 0. kGone: it does not
-  // wait for this pass any more.
+  // Charges the record `elapsed` milliseconds. Returns kDue if that was enough: the record was
+  // taken out, and `elapsed` is by how much it is late. Returns kNotDue, with `elapsed` 0, if not,
+  // and kGone if the record does not wait for this pass any more.
   enum class Charged { kDue, kNotDue, kGone };
   Charged Charge(MP_SocketItem* item, int* elapsed);
 

@@ -41,29 +41,35 @@ int OpenForGroups(const MP_UdpPort& port) {
   return -1;
 }
 
+// Opens the socket of a port and, for a port for groups on an address of its own, the one for
+// groups; else `*groupSocket` is -1. A number that the system chooses is free at that address,
+// while the second socket needs it at all addresses, so it takes some tries. False on failure.
+bool OpenSockets(MP_UdpPort* port, bool broadcast, int* socket, int* groupSocket) {
+  constexpr int kTries = 16;
+  MP_SocketAddr* const local = &MP_SocketAddr::Of(port->localAddr);
+  const bool anyNumber = local->port() == 0;
+  *groupSocket = -1;
+  for (int tries = anyNumber ? kTries : 1; tries > 0; --tries) {
+    if (anyNumber) local->SetPort(0);
+    *socket = OpenSocket(port, broadcast);
+    if (*socket < 0) return false;
+    if (!port->isBound() || anyNumber) net::TakeOwnAddress(*socket, local);
+    if (!broadcast || !port->isBound() || port->OwnAddress() == nullptr) return true;
+    *groupSocket = OpenForGroups(*port);
+    if (*groupSocket >= 0) return true;
+    net::CloseKeepingError(*socket);
+  }
+  return false;
+}
+
 }  // namespace
 
 std::uint32_t MP_UdpReceiver::OpenUdp(Kalvo_UdpHandler* handler, bool broadcast) {
   MP_UdpPort& port = MP_UdpPort::Of(*handler);
-  MP_SocketAddr* const local = &MP_SocketAddr::Of(port.localAddr);
-  const bool anyNumber = local->port() == 0;
-  int socket = -1;
-  int groupSocket = -1;
-  bool ofGroups = false;
-  // A number that the system chooses is free at one address. The other socket needs it at all.
-  for (int tries = kNumberTries; tries > 0; --tries) {
-    if (anyNumber) local->SetPort(0);
-    socket = OpenSocket(&port, broadcast);
-    if (socket < 0) return 0;
-    if (!port.isBound() || anyNumber) net::TakeOwnAddress(socket, local);
-    ofGroups = broadcast && port.isBound() && port.OwnAddress() != nullptr;
-    if (ofGroups) groupSocket = OpenForGroups(port);
-    if (!ofGroups || groupSocket >= 0) break;
-    net::CloseKeepingError(socket);
-    socket = -1;
-    if (!anyNumber) break;
-  }
-  if (socket < 0) return 0;
+  int socket;
+  int groupSocket;
+  if (!OpenSockets(&port, broadcast, &socket, &groupSocket)) return 0;
+  const bool ofGroups = groupSocket >= 0;
   port.receives = true;
   port.groupSocket = groupSocket;
   port.socket = socket;

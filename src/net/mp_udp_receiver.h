@@ -26,7 +26,6 @@ class MP_UdpReceiver {
   static constexpr std::uint32_t kRefusedMs = 1;
   static constexpr int kLargestDatagram = 65536;
   static constexpr int kLookAgain = 16;
-  static constexpr int kNumberTries = 16;
 
   platform::PortTag Add(Kalvo_UdpHandler* handler, int socket, bool ofGroups);
   void EndPort(MP_UdpPort* port);

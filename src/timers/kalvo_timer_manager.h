@@ -46,7 +46,7 @@ class Kalvo_TimerManager : public MP_TimerCore {
   struct MP_TimerOwner {
     Kalvo_Timer* timer = nullptr;
 
-    std::uint32_t id = 0;  // these of the pool
+    std::uint32_t id = 0;  // these three belong to the pool
     std::uint16_t place = 0;
     MP_TimerOwner* nextFree = nullptr;
   };

@@ -29,7 +29,7 @@ class MP_TimerCore {
   // Makes the thread, or another one if the process was forked from one that has it.
   void EnsureRunning(const char* name);
 
-  // For a fork: nobody else uses the timers between the two.
+  // For a fork: no other thread uses the timers between the two.
   void Hold() { lock_.Lock(); }
   void Release() { lock_.Unlock(); }
 

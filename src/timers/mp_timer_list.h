@@ -1,8 +1,8 @@
 // The armed timers: lists of at most 256, each sorted by the time at which they are due.
 //
 // A pass over them looks at the first of each list and nothing else. A short list in one piece
-// of memory is changed faster than a long one or a tree. What a timer is the lists do not know:
-// each is a place in the pool of records.
+// of memory is changed faster than a long one or a tree. To the lists a timer is a place in the
+// pool of records.
 
 #ifndef KALVOBASE_SRC_TIMERS_MP_TIMER_LIST_H_
 #define KALVOBASE_SRC_TIMERS_MP_TIMER_LIST_H_
