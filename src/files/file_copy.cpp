@@ -43,10 +43,6 @@ std::string ParentOf(const std::string& path) {
   return separator == std::string::npos ? "." : path.substr(0, separator + 1);
 }
 
-std::string LastOf(const std::string& path) {
-  return path.substr(path.rfind(platform::kPathSeparator) + 1);
-}
-
 // Two names of one file. The destination's name gets what the source's had. Refused are the same
 // name under two paths, and a source that is a link, which would lead to itself or nowhere.
 int ReplaceName(const std::string& from, const std::string& to, std::int64_t size) {
@@ -62,7 +58,8 @@ int ReplaceName(const std::string& from, const std::string& to, std::int64_t siz
   // A file with a single hard link has two names where the volume does not tell upper case from
   // lower case, or is mounted twice.
   const bool oneName = source.names < 2 || source.directory ||
-                       (LastOf(from) == LastOf(to) && AreOneFile(ParentOf(from), ParentOf(to)));
+                       (path::LastComponent(from) == path::LastComponent(to) &&
+                        AreOneFile(ParentOf(from), ParentOf(to)));
   if (oneName) return kRefused;
   // The system renames no hard link onto another of the same file.
   return platform::file_remove(from) ? AsResult(size) : kRenamingFailed;

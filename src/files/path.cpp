@@ -115,6 +115,10 @@ const char* StoreNormalised(const char* path, Kalvo_String* out) {
   return out->strcpy(result.c_str())->c_str();
 }
 
+std::string LastComponent(const std::string& system) {
+  return system.substr(system.rfind(platform::kPathSeparator) + 1);
+}
+
 void MakeParents(const char* path) {
   const std::string whole = platform::system_path(path);
   std::size_t i = 0;

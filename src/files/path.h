@@ -29,6 +29,9 @@ Path Normalise(const char* path);
 // The same for a host, as Kalvo_FileItem::GetRealPathName tells it. The text of `out`.
 const char* StoreNormalised(const char* path, Kalvo_String* out);
 
+// The last component of a path in the system's form.
+std::string LastComponent(const std::string& system);
+
 // Makes the directories that a path names in front of its last separator. Of a network share
 // it leaves all alone that lies in front of the first `$`.
 void MakeParents(const char* path);

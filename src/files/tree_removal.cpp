@@ -182,16 +182,12 @@ bool IsNameOfRoot(const std::string& path) {
   return path.find_first_not_of(platform::kPathSeparator) == std::string::npos;
 }
 
-std::string LastOf(const std::string& path) {
-  return path.substr(path.rfind(platform::kPathSeparator) + 1);
-}
-
 }  // namespace
 
 platform::DirectoryHandle OpenForRemoval(const std::string& path, bool follow,
                                          bool (*isRoot)(platform::Directory*)) {
   // Relative paths are left only where the current directory cannot be told.
-  if (IsNameOfRoot(path) || LastOf(path) == "..") return nullptr;
+  if (IsNameOfRoot(path) || path::LastComponent(path) == "..") return nullptr;
   const std::string resolved = platform::resolve_links(path);
   if (!resolved.empty() && IsNameOfRoot(resolved)) return nullptr;
   platform::DirectoryHandle directory = platform::directory_open(path, follow);
@@ -212,7 +208,7 @@ bool DeleteDirectoryTree(const char* directory) {
   if (root == nullptr) return platform::directory_remove(path);  // it may be empty
   const platform::DirectoryHandle parent = platform::directory_open_parent(root.get());
   if (parent == nullptr) return platform::directory_remove(path);
-  return DeleteTree(parent.get(), root.get(), LastOf(path));
+  return DeleteTree(parent.get(), root.get(), path::LastComponent(path));
 }
 
 bool DeleteDirectoryTree(platform::Directory* parent, const std::string& name) {
