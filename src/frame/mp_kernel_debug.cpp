@@ -55,11 +55,13 @@ MP_KernelDebug* MP_KernelDebug::Get() { return theChannel.Get(); }
 void MP_KernelDebug::Free() { theChannel.Free(); }
 
 void MP_KernelDebug::Hold() {
+  endingsLock.lock();
   MP_KernelDebug* const channel = theChannel.Peek();
   if (channel != nullptr && channel->errorLog_ != nullptr) channel->errorLog_->Hold();
 }
 
 void MP_KernelDebug::Release() {
+  endingsLock.unlock();
   MP_KernelDebug* const channel = theChannel.Peek();
   if (channel != nullptr && channel->errorLog_ != nullptr) channel->errorLog_->Release();
 }

@@ -26,7 +26,7 @@ class MP_KernelDebug {
   static MP_KernelDebug* Get();
   static void Free();
 
-  // For a fork: nobody else uses the error log between the two.
+  // For a fork: no other thread sets a callback or uses the error log between the two.
   static void Hold();
   static void Release();
   static void GoOnInChild();
