@@ -130,8 +130,8 @@ class KALVO_API Kalvo_TcpClientHandler : public Kalvo_SocketHandlerObj {
   // Sends a copy of `length` bytes and returns `length`, also if there is nothing to send: for a
   // null `data`, or a `length` below 1. Returns 0 if the connection has ended, or if the other side
   // has taken nothing for more than 12 s with more than 1,024 pieces waiting, which ends the
-  // connection as soon as nothing waits to be read; -1 if there is none. A number above 0 says that
-  // the bytes will be sent in their turn, not that they have arrived. What is sent before
+  // connection as soon as nothing waits to be read; -1 without a connection. A number above 0 says
+  // that the bytes will be sent in their turn, not that they have arrived. What is sent before
   // OnConnectOk is dropped, with the same result.
   int SendData(const char* data, int length);
 

@@ -128,7 +128,7 @@ void MP_TcpAcceptor::ProcessAccept(MP_SocketItem* item, const platform::Completi
   MP_TcpClient& client = MP_TcpClient::Of(*handler);
   Kalvo_SocketAddr local;
   if (MP_SocketAddr::Of(*item->localAddr).internetBytes() != nullptr) {
-    local = *item->localAddr;  // the listener's, which stands for no other
+    local = *item->localAddr;  // the address of the listener alone
   } else {
     net::TakeOwnAddress(item->socket, &MP_SocketAddr::Of(local));
   }

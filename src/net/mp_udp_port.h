@@ -34,8 +34,8 @@ class MP_UdpPort {
   std::uint32_t id() const { return id_; }
   std::uint32_t groupId() const { return groupId_; }
 
-  // The IPv4 address that the port was opened on, four bytes. Null if that stands for all
-  // addresses, or is a group.
+  // The IPv4 address that the port was opened on, four bytes. Null for a port on all addresses, and
+  // for one that was opened on a group.
   const char* OwnAddress() const;
 
   Kalvo_SocketAddr localAddr;

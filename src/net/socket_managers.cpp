@@ -10,8 +10,8 @@ namespace socket_managers {
 namespace {
 
 // Nothing of these is ever destroyed: threads that the library does not know may come until the
-// process has ended. The lock is recursive, for hosts that make handlers when they are told of new
-// threads. Not every C++ library has a recursive mutex that needs no constructor and destructor.
+// process has ended. The lock is recursive, for hosts whose callback makes a handler when a thread
+// is created. Not every C++ library has a recursive mutex that needs no constructor and destructor.
 std::recursive_mutex& Lock() {
   alignas(std::recursive_mutex) static unsigned char memory[sizeof(std::recursive_mutex)];
   static std::recursive_mutex* const lock = new (memory) std::recursive_mutex;

@@ -364,7 +364,7 @@ TEST(Handler, OneServesManyClients) {
   EXPECT_EQ(one->GetPeerAddr()->GetPort(), clients.back()->GetLocalAddr()->GetPort());
   one->SendData("to the last", 11);
   EXPECT_TRUE(clients.back()->events.WaitForBytes(11));
-  // Each end is told, and whose it was.
+  // Each end is reported with its peer.
   std::string expected;
   for (const std::size_t i : {std::size_t{0}, std::size_t{7}, kClients - 1}) {
     expected += std::to_string(clients[i]->GetLocalAddr()->GetPort()) + " ";
